@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "Platform/AppKit/NSEvent.h"
+#include "Platform/Export.h"
+#include "Platform/Port/WindowHost.h"
+#include "Platform/Runtime/Class.h"
+
+namespace platform {
+
+class NSMenu;
+class NSWindow;
+
+/// The host application's delegate as the object runtime sees it. A host derives from it, gives its class a
+/// `runtime::Class` with the methods it implements, and hands an object to `NSApplication::setDelegate`.
+class PLATFORM_EXPORT NSApplicationDelegate {
+ public:
+  virtual ~NSApplicationDelegate() = default;
+  virtual runtime::Class& runtimeClass() const = 0;
+};
+
+enum class TerminateReply { cancel = 0, now = 1, later = 2 };
+
+/// Questions an application delegate may answer; receiver first.
+using ReopenMessage = runtime::Message<bool(NSApplicationDelegate&, bool hasVisibleWindows)>;
+using ShouldTerminateMessage = runtime::Message<TerminateReply(NSApplicationDelegate&)>;
+using DockMenuMessage = runtime::Message<std::shared_ptr<NSMenu>(NSApplicationDelegate&)>;
+PLATFORM_EXPORT extern const ReopenMessage kShouldHandleReopen;          // "applicationShouldHandleReopen:hasVisibleWindows:"
+PLATFORM_EXPORT extern const ShouldTerminateMessage kShouldTerminate;    // "applicationShouldTerminate:"
+PLATFORM_EXPORT extern const DockMenuMessage kDockMenu;                  // "applicationDockMenu:"
+
+namespace PresentationOption {
+inline constexpr unsigned kFullScreen = 1024;
+}
+
+/// Posted on the default notification centre with the application as object.
+inline constexpr const char* kApplicationDidBecomeActive = "NSApplicationDidBecomeActiveNotification";
+inline constexpr const char* kApplicationDidResignActive = "NSApplicationDidResignActiveNotification";
+
+/// The application: its windows and their order, key and main, the event queue, monitors, life and end. Main thread.
+class PLATFORM_EXPORT NSApplication {
+ public:
+  static NSApplication& shared();
+  NSApplication();
+  ~NSApplication();
+
+  std::shared_ptr<NSApplicationDelegate> delegate() const { return delegate_.lock(); }
+  void setDelegate(std::weak_ptr<NSApplicationDelegate> delegate) { delegate_ = std::move(delegate); }
+
+  /// In the order of their making.
+  std::vector<std::shared_ptr<NSWindow>> windows() const;
+  /// Front-most first; visible windows only.
+  const std::vector<NSWindow*>& orderedWindows() const { return ordered_; }
+  /// O(1). Null when there is no such window any more.
+  std::shared_ptr<NSWindow> windowWithNumber(std::int64_t number) const;
+  std::shared_ptr<NSWindow> keyWindow() const;
+  std::shared_ptr<NSWindow> mainWindow() const;
+  /// The window of the innermost modal session; null when there is none.
+  std::shared_ptr<NSWindow> modalWindow() const;
+
+  bool isActive() const { return active_; }
+  /// Brings the application to the front by activating its front-most window.
+  void activate(bool ignoringOtherApps);
+  unsigned presentationOptions() const { return presentationOptions_; }
+  void setPresentationOptions(unsigned options) { presentationOptions_ = options; }
+
+  /// Adds to the queue's end or start.
+  void postEvent(EventPointer event, bool atStart);
+  /// Takes the first queued event of the mask; the others stay in order. Waits until `deadline` (run-loop time) at most,
+  /// dispatching nothing meanwhile; null when it passes.
+  EventPointer nextEvent(std::uint64_t mask, double deadline);
+  /// Runs the local monitors in order of installation, then dispatches what they leave.
+  void sendEvent(const EventPointer& event);
+  /// The event being dispatched, or the last one; null before the first.
+  EventPointer currentEvent() const { return currentEvent_; }
+  EventMonitorToken addLocalMonitor(std::uint64_t mask, EventMonitor handler);
+  void removeMonitor(EventMonitorToken token);
+
+  /// Runs the main loop until `stop` or a granted `terminate`. Returns the exit status.
+  int run();
+  void stop();
+  /// Asks the delegate; when it doesn't object, `run` returns after this turn. `sender` is an identity, null for none.
+  void terminate(const void* sender);
+  bool isTerminating() const { return terminating_; }
+  /// The user asked for the application again (a second start, a dock click). Answers what the delegate answers, true
+  /// without one; then true also shows a window if none is visible.
+  bool reopen();
+  /// The delegate's dock menu; null when it has none.
+  std::shared_ptr<NSMenu> dockMenu();
+};
+
+}  // namespace platform

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Platform/Export.h"
+#include "Platform/Port/Value.h"
+
+namespace platform {
+
+/// `object` is the sender as an identity only, null for none.
+struct Notification {
+  std::string name;
+  const void* object = nullptr;
+  Dictionary userInfo;
+};
+
+/// Observers by name and sender inside the process; `post` calls them before it returns. Main thread.
+class PLATFORM_EXPORT NotificationCenter {
+ public:
+  using Handler = std::function<void(const Notification&)>;
+
+  static NotificationCenter& defaultCenter();
+
+  /// `observer` is an identity to remove by; `object` null observes every sender. An observer added or removed inside a
+  /// handler counts from the next post, a removed one not any more.
+  void addObserver(const void* observer, const std::string& name, const void* object, Handler handler);
+  void removeObserver(const void* observer);
+  void post(const Notification& notification);
+
+ private:
+  struct Entry;
+  std::vector<std::shared_ptr<Entry>> entries_;
+};
+
+/// Notifications between the processes of one user. Handlers run on the main thread, later than the post, for own
+/// posts too. Without a channel between processes a post stays in the process. Main thread.
+class PLATFORM_EXPORT DistributedNotificationCenter {
+ public:
+  using Handler = std::function<void(const std::string& name, const Dictionary& userInfo)>;
+  static constexpr unsigned kDeliverImmediately = 1;
+  static constexpr unsigned kSuspensionDeliverImmediately = 4;
+
+  static DistributedNotificationCenter& defaultCenter();
+  DistributedNotificationCenter();
+
+  /// `object` empty: none. Options: `kDeliverImmediately`, which is what this centre always does.
+  void post(const std::string& name, const std::string& object, const Dictionary& userInfo, unsigned options);
+  /// `object` empty: any sender.
+  void addObserver(const void* observer, const std::string& name, const std::string& object, unsigned suspension,
+                   Handler handler);
+  void removeObserver(const void* observer);
+
+ private:
+  void deliver(const std::string& name, const std::string& object, const Dictionary& userInfo);
+  struct Entry;
+  std::vector<std::shared_ptr<Entry>> entries_;
+};
+
+}  // namespace platform
