@@ -26,8 +26,4 @@ endif()
 if(SANITIZE)
   add_compile_options(-fsanitize=${SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${SANITIZE})
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-    # One copy of the runtime for the host and everything it loads.
-    add_link_options(-shared-libsan)
-  endif()
 endif()
