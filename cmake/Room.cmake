@@ -9,6 +9,11 @@ endfunction()
 # room(NAME TYPE LIBRARIES...): a library of the current folder's sources.
 function(room name type)
   room_sources(sources)
+  if(NOT sources)
+    # A room that holds only headers so far still is a target that others can name.
+    file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp "")
+    set(sources ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp)
+  endif()
   add_library(${name} ${type} ${sources})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PUBLIC ${ARGN})
