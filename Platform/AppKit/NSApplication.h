@@ -77,6 +77,8 @@ class PLATFORM_EXPORT NSApplication {
   /// Takes the first queued event of the mask; the others stay in order. Waits until `deadline` (run-loop time) at most,
   /// dispatching nothing meanwhile; null when it passes.
   EventPointer nextEvent(std::uint64_t mask, double deadline);
+  /// Drops the queued events that `matches` answers true for; the others stay in order.
+  void discardEvents(const std::function<bool(const NSEvent&)>& matches);
   /// Runs the local monitors in order of installation, then dispatches what they leave.
   void sendEvent(const EventPointer& event);
   /// The event being dispatched, or the last one; null before the first.

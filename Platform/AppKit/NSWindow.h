@@ -185,6 +185,10 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   void layoutIfNeeded();
   NSResponder* nextResponder() override;
 
+  /// True when `event` is the key that a back end is delivering at this moment and may go to the input method: it will be
+  /// offered, and what the input method leaves comes back to the first responder's `NSTextInputClient`. False for an event
+  /// made by code or dispatched later from the queue.
+  bool offerToInputMethod(const EventPointer& event);
   /// The caret, the selection or the focused text changed; the input method is told.
   void textInputChanged(bool endComposition);
   /// What the window shows now, painted by the back end; nothing where it can't tell.
