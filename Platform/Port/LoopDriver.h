@@ -12,6 +12,8 @@ class LoopSink {
   /// Runs all that is due. Returns the `LoopDriver::now` time at which it wants to be called again at the latest
   /// (infinity: only after a wake). Also called inside loops the machine runs itself (a native menu or dialog).
   virtual double service() = 0;
+  /// Worker threads are at work and may wake the loop: a simulated clock doesn't run ahead of them. Any thread.
+  virtual bool expectsWake() const { return false; }
 };
 
 /// Waiting, waking and time. All on the main thread but `wake`.

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Backends/Headless/Faults.h"
+#include "Backends/Headless/HeadlessBroadcast.h"
+#include "Backends/Headless/HeadlessClipboard.h"
+#include "Backends/Headless/HeadlessInputMethod.h"
+#include "Backends/Headless/HeadlessLoop.h"
+#include "Backends/Headless/HeadlessText.h"
+#include "Backends/Headless/HeadlessUser.h"
+#include "Backends/Headless/HeadlessWindowHost.h"
+#include "Backends/Headless/Journal.h"
+#include "Platform/Port/Backend.h"
+
+namespace headless {
+
+struct HeadlessOptions {
+  bool hasBroadcast = true;
+};
+
+/// A desktop in memory: the same every time, with a clock of its own, a user that does what a test says, and a journal
+/// of everything the application asked for.
+///
+///     HeadlessBackend desktop;
+///     Session session(desktop);
+///     auto window = NSWindow::make(…);
+///     desktop.user().click(…);
+///     desktop.advance(0.5);
+///
+/// Main thread, but `HeadlessLoop::wake`.
+class HeadlessBackend final : public platform::port::Backend {
+ public:
+  explicit HeadlessBackend(HeadlessOptions options = {});
+  ~HeadlessBackend() override;
+  HeadlessBackend(const HeadlessBackend&) = delete;
+  HeadlessBackend& operator=(const HeadlessBackend&) = delete;
+
+  HeadlessLoop& loop() override { return loop_; }
+  HeadlessWindowHost& windows() override { return windows_; }
+  HeadlessText& text() override { return text_; }
+  HeadlessClipboard& clipboard() override { return clipboard_; }
+  HeadlessBroadcast* broadcast() override { return options_.hasBroadcast ? &broadcast_ : nullptr; }
+  /// Empty folders of this back end alone, removed with it.
+  const platform::port::Folders& folders() const override { return folders_; }
+
+  HeadlessUser& user() { return user_; }
+  HeadlessInputMethod& inputMethod() { return inputMethod_; }
+  Journal& journal() { return journal_; }
+  Faults& faults() { return faults_; }
+
+  /// Lets time pass: runs what is due now and what becomes due meanwhile, in order.
+  void advance(double seconds) { loop_.advance(seconds); }
+  /// Runs all that is due now.
+  void settle() { loop_.settle(); }
+  void setScreens(std::vector<platform::port::ScreenInfo> screens) { windows_.setScreens(std::move(screens)); }
+
+ private:
+  HeadlessOptions options_;
+  Journal journal_;
+  Faults faults_;
+  HeadlessLoop loop_;
+  HeadlessWindowHost windows_{loop_, journal_, faults_};
+  HeadlessText text_;
+  HeadlessClipboard clipboard_{journal_, faults_};
+  HeadlessBroadcast broadcast_{loop_, journal_, faults_};
+  HeadlessInputMethod inputMethod_{windows_, journal_};
+  HeadlessUser user_{loop_, windows_, inputMethod_};
+  platform::port::Folders folders_;
+};
+
+}  // namespace headless
