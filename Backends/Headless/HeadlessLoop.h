@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -43,6 +42,8 @@ class HeadlessLoop final : public platform::port::LoopDriver {
 
   /// Queues something the machine will deliver: one for each wait, in order.
   void deliver(std::function<void()> delivery) { deliveries_.push_back(std::move(delivery)); }
+  /// Paints what is dirty in a turn with nothing to deliver; true when it painted something.
+  void setPainter(std::function<bool()> painter) { painter_ = std::move(painter); }
 
  private:
   struct Watch {
@@ -50,11 +51,11 @@ class HeadlessLoop final : public platform::port::LoopDriver {
     int descriptor;
     std::function<void()> ready;
   };
-  bool deliverOne();
-  bool deliverWake();
+  bool deliverSomething();
   bool deliverReady(double seconds);
-  bool workersAtWork() const { return sink_ && sink_->expectsWake(); }
-  void waitForReal(double deadline);
+  void callReady(std::uint64_t id);
+  bool workersAtWork() const { return waitsForWorkers_ && sink_ && sink_->expectsWake(); }
+  void waitInRealTime(double deadline);
   double service();
   double serviceAll();
 
@@ -66,6 +67,7 @@ class HeadlessLoop final : public platform::port::LoopDriver {
   std::uint64_t lastWatch_ = 0;
   std::vector<Watch> watches_;
   std::deque<std::function<void()>> deliveries_;
+  std::function<bool()> painter_;
 };
 
 }  // namespace headless

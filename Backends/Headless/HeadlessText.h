@@ -27,10 +27,11 @@ class HeadlessTextLayout final : public platform::port::TextLayout {
 
  private:
   void measure();
-  void addLine(std::size_t start, std::size_t end);
+  void breakParagraph(std::size_t start, std::size_t end, const platform::port::TextOptions& options);
+  std::size_t lineEnd(std::size_t start, std::size_t end, const platform::port::TextOptions& options) const;
+  void addLine(std::size_t start, std::size_t end, bool wrapped);
   void elide(double width);
-  double widthOf(std::size_t start, std::size_t end) const;
-  std::size_t lineEnd(std::size_t start, std::size_t paragraphEnd, const platform::port::TextOptions& options) const;
+  double fontSizeAt(std::size_t at) const;
 
   std::u16string text_;
   std::vector<platform::port::TextRun> runs_;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <string_view>
 
@@ -54,7 +53,7 @@ class HeadlessUser {
 
  private:
   void act(std::function<void()> action);
-  void deliverPointer(platform::port::PointerAction action);
+  void deliverPointer(HeadlessSurface& to, platform::port::PointerAction action);
   void deliverMove(platform::Point location);
   void deliverPress(Button button);
   void deliverRelease(Button button);
@@ -65,8 +64,6 @@ class HeadlessUser {
   HeadlessInputMethod& inputMethod_;
   std::uint64_t held_ = 0;
   int buttonsDown_ = 0;
-  platform::Point moveStart_;
-  HeadlessSurface* under_ = nullptr;
   bool queueing_ = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "Backends/Headless/Faults.h"
@@ -50,18 +51,21 @@ class HeadlessWindowHost final : public platform::port::WindowHost {
   /// Keeps reports of activation, frames, minimising and zooming back, as a slow window manager; false lets them go.
   void holdReports(bool hold);
 
-  /// Paints what is dirty; the loop's driver calls it in every turn. True when something was painted.
-  bool paintDirty();
-
  private:
   friend class HeadlessSurface;
   friend class HeadlessUser;
+  friend class HeadlessBackend;
   using Report = std::function<void(platform::port::SurfaceSink&)>;
   void report(const HeadlessSurface& surface, Report what);
   void moveActivation(HeadlessSurface* to);
-  void applyMinimised(HeadlessSurface& surface, bool minimised);
-  void applyZoomed(HeadlessSurface& surface, bool zoomed);
-  void moveBy(HeadlessSurface& surface, const platform::Rect& frame);
+  void activateByPress(HeadlessSurface& surface);
+  bool paintDirty();
+  void changeFrame(HeadlessSurface& surface, const platform::Rect& frame);
+  void changeMinimised(HeadlessSurface& surface, bool minimised);
+  void changeZoomed(HeadlessSurface& surface, bool zoomed);
+  void beginMove(HeadlessSurface& surface);
+  void movePointer(platform::Point location);
+  void leaveScreen(HeadlessSurface& surface);
   void restack(HeadlessSurface& surface, bool above, HeadlessSurface* sibling);
   void forget(HeadlessSurface& surface);
   platform::Rect visibleFrameFor(const platform::Rect& frame) const;
@@ -75,12 +79,14 @@ class HeadlessWindowHost final : public platform::port::WindowHost {
   HeadlessSurface* active_ = nullptr;
   platform::Point pointer_;
   bool leftButtonDown_ = false;
+  HeadlessSurface* under_ = nullptr;   ///< got the last move
   HeadlessSurface* grab_ = nullptr;    ///< has the pointer while a button is held
   HeadlessSurface* moving_ = nullptr;  ///< moved by the machine with the pointer
+  platform::Point moveOffset_;         ///< from the pointer to the origin of what is moved
   bool holding_ = false;
   std::vector<std::function<void()>> held_;
   std::uint64_t lastHandle_ = 0;
-  std::function<void(HeadlessSurface&, bool)> textInputChanged_;
+  std::function<void(HeadlessSurface&, bool endComposition)> textInputChanged_;
 };
 
 }  // namespace headless

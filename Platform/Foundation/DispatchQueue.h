@@ -12,8 +12,8 @@ class PLATFORM_EXPORT DispatchQueue {
  public:
   /// Blocks run on the main run loop, one after another; a block that a block posts runs in a later turn.
   static DispatchQueue& main();
-  /// Blocks run side by side on a few worker threads, for work the user waits for. At the session's end blocks that have
-  /// started are waited for, the others dropped.
+  /// Blocks run side by side on a few worker threads, for work the user waits for. At the session's end blocks that
+  /// have started are waited for, the others dropped.
   static DispatchQueue& global();
 
   virtual ~DispatchQueue() = default;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -30,30 +32,6 @@ class PLATFORM_EXPORT NotificationCenter {
   void post(const Notification& notification);
 
  private:
-  struct Entry;
-  std::vector<std::shared_ptr<Entry>> entries_;
-};
-
-/// Notifications between the processes of one user. Handlers run on the main thread, later than the post, for own
-/// posts too. Without a channel between processes a post stays in the process. Main thread.
-class PLATFORM_EXPORT DistributedNotificationCenter {
- public:
-  using Handler = std::function<void(const std::string& name, const Dictionary& userInfo)>;
-  static constexpr unsigned kDeliverImmediately = 1;
-  static constexpr unsigned kSuspensionDeliverImmediately = 4;
-
-  static DistributedNotificationCenter& defaultCenter();
-  DistributedNotificationCenter();
-
-  /// `object` empty: none. Options: `kDeliverImmediately`, which is what this centre always does.
-  void post(const std::string& name, const std::string& object, const Dictionary& userInfo, unsigned options);
-  /// `object` empty: any sender.
-  void addObserver(const void* observer, const std::string& name, const std::string& object, unsigned suspension,
-                   Handler handler);
-  void removeObserver(const void* observer);
-
- private:
-  void deliver(const std::string& name, const std::string& object, const Dictionary& userInfo);
   struct Entry;
   std::vector<std::shared_ptr<Entry>> entries_;
 };

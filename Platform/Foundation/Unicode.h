@@ -22,8 +22,8 @@ PLATFORM_EXPORT std::u16string utf16(std::string_view utf8);
 /// Lone surrogates become U+FFFD.
 PLATFORM_EXPORT std::string utf8(std::u16string_view utf16);
 
-/// Boundaries of user-perceived characters (UAX #29 extended grapheme clusters) and words; offsets in UTF-16 units, clamped
-/// to the text. Each returns the next boundary in its direction, the text's end or start at last.
+/// Boundaries of user-perceived characters (UAX #29 extended grapheme clusters) and words; offsets in UTF-16 units,
+/// clamped to the text. Each returns the next boundary in its direction, the text's end or start at last.
 PLATFORM_EXPORT std::size_t nextCharacter(std::u16string_view text, std::size_t at);
 PLATFORM_EXPORT std::size_t previousCharacter(std::u16string_view text, std::size_t at);
 /// The end of the word at or after `at`.

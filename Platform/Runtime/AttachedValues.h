@@ -6,8 +6,8 @@
 
 namespace platform::runtime {
 
-/// Names a value that code attaches to an object it doesn't own; each key object is a key of its own, whatever its type.
-/// `inline const AttachedKey<bool> kIsPopover{false};`
+/// Names a value that code attaches to an object it doesn't own; each key object is a key of its own, whatever its
+/// type. `inline const AttachedKey<bool> kIsPopover{false};`
 template <class T>
 class AttachedKey {
  public:
@@ -24,6 +24,7 @@ class AttachedKey {
 /// The values attached to one object; they live and die with it. Main thread.
 class AttachedValues {
  public:
+  /// Valid until the key is set again.
   template <class T>
   const T& get(const AttachedKey<T>& key) const {
     const auto found = values_.find(&key);
@@ -31,7 +32,8 @@ class AttachedValues {
   }
   template <class T>
   void set(const AttachedKey<T>& key, T value) {
-    values_.insert_or_assign(&key, std::any(std::move(value)));
+    // The former value goes last: its destruction may read or set values here.
+    const std::any former = std::exchange(values_[&key], std::any(std::move(value)));
   }
 
  private:

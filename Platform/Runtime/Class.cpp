@@ -6,7 +6,8 @@
 namespace platform::runtime {
 
 Selector::Selector(std::string_view name) {
-  static auto& names = *new std::unordered_set<std::string>();  // never destroyed: selectors are used until the very end
+  static auto& names =
+      *new std::unordered_set<std::string>();  // never destroyed: selectors are used until the very end
   name_ = &*names.emplace(name).first;
 }
 
