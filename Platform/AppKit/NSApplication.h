@@ -3,13 +3,13 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <unordered_map>
 #include <vector>
 
 #include "Platform/AppKit/NSEvent.h"
+#include "Platform/AppKit/PointerState.h"
 #include "Platform/Export.h"
 #include "Platform/Port/WindowHost.h"
 #include "Platform/Runtime/Class.h"
@@ -18,6 +18,8 @@ namespace platform {
 
 class NSMenu;
 class NSWindow;
+class Timer;
+enum class WindowOrdering;
 
 /// The host application's delegate as the object runtime sees it. A host derives from it, gives its class a
 /// `runtime::Class` with the methods it implements, and hands an object to `NSApplication::setDelegate`.
@@ -33,9 +35,9 @@ enum class TerminateReply { cancel = 0, now = 1, later = 2 };
 using ReopenMessage = runtime::Message<bool(NSApplicationDelegate&, bool hasVisibleWindows)>;
 using ShouldTerminateMessage = runtime::Message<TerminateReply(NSApplicationDelegate&)>;
 using DockMenuMessage = runtime::Message<std::shared_ptr<NSMenu>(NSApplicationDelegate&)>;
-PLATFORM_EXPORT extern const ReopenMessage kShouldHandleReopen;          // "applicationShouldHandleReopen:hasVisibleWindows:"
-PLATFORM_EXPORT extern const ShouldTerminateMessage kShouldTerminate;    // "applicationShouldTerminate:"
-PLATFORM_EXPORT extern const DockMenuMessage kDockMenu;                  // "applicationDockMenu:"
+PLATFORM_EXPORT extern const ReopenMessage kShouldHandleReopen;  // "applicationShouldHandleReopen:hasVisibleWindows:"
+PLATFORM_EXPORT extern const ShouldTerminateMessage kShouldTerminate;  // "applicationShouldTerminate:"
+PLATFORM_EXPORT extern const DockMenuMessage kDockMenu;                // "applicationDockMenu:"
 
 namespace PresentationOption {
 inline constexpr unsigned kFullScreen = 1024;
@@ -74,8 +76,8 @@ class PLATFORM_EXPORT NSApplication {
 
   /// Adds to the queue's end or start.
   void postEvent(EventPointer event, bool atStart);
-  /// Takes the first queued event of the mask; the others stay in order. Waits until `deadline` (run-loop time) at most,
-  /// dispatching nothing meanwhile; null when it passes.
+  /// Takes the first queued event of the mask; the others stay in order. Waits until `deadline` (run-loop time) at
+  /// most, dispatching nothing meanwhile; null when it passes.
   EventPointer nextEvent(std::uint64_t mask, double deadline);
   /// Drops the queued events that `matches` answers true for; the others stay in order.
   void discardEvents(const std::function<bool(const NSEvent&)>& matches);
@@ -97,6 +99,80 @@ class PLATFORM_EXPORT NSApplication {
   bool reopen();
   /// The delegate's dock menu; null when it has none.
   std::shared_ptr<NSMenu> dockMenu();
+
+ private:
+  friend class NSWindow;
+  struct Monitor {
+    EventMonitorToken token;
+    std::uint64_t mask;
+    EventMonitor handler;
+    bool removed = false;
+  };
+  class Depth;
+
+  // Windows (NSApplication+Windows.cpp).
+  std::int64_t addWindow(const std::shared_ptr<NSWindow>& window);
+  void forgetWindow(NSWindow& window);
+  void removeFromOrder(NSWindow& window);
+  /// Stacks a window's whole family (parents and children) by the window's new place.
+  void placeFamily(NSWindow& window, WindowOrdering place, NSWindow* relative);
+  std::vector<NSWindow*>::iterator insertionPoint(int level, WindowOrdering place, const NSWindow* relative);
+  void restackSurfaces(const std::vector<NSWindow*>& moved);
+  void needsLayout(std::weak_ptr<NSWindow> window);
+
+  // Key, main and active (NSApplication+Focus.cpp).
+  void focus(NSWindow& window);
+  void focusMain(NSWindow& window);
+  /// Finds heirs for a key or main window that is no longer visible.
+  void passFocusOn();
+  void changeFocus(NSWindow* key, NSWindow* main);
+  void surfaceActivated(NSWindow& window, bool active);
+  void requestActivation(NSWindow& window);
+  bool activationPending() const;
+  void becomeActive();
+  void resignActive();
+  bool resignActiveIfDue();
+
+  // Events (NSApplication+Events.cpp).
+  EventPointer takeEvent(std::uint64_t mask, double deadline, const std::function<bool()>& abandoned);
+  EventPointer takeQueued(std::uint64_t mask);
+  EventPointer runMonitors(EventPointer event);
+  void dispatch(const EventPointer& event);
+  bool dispatchQueued();
+  bool layoutWindows();
+  bool turn();
+
+  std::weak_ptr<NSApplicationDelegate> delegate_;
+  std::unordered_map<std::int64_t, std::shared_ptr<NSWindow>> windows_;
+  std::int64_t lastWindowNumber_ = 0;
+  std::vector<NSWindow*> ordered_;
+  std::vector<std::weak_ptr<NSWindow>> layoutNeeded_;
+  bool allowsAutomaticWindowTabbing_ = true;
+
+  NSWindow* key_ = nullptr;
+  NSWindow* main_ = nullptr;
+  bool active_ = false;
+  std::uint64_t focusTurn_ = 0;         ///< tells a change of focus that another one overtook it
+  NSWindow* activeSurface_ = nullptr;   ///< the window whose surface the machine says is active
+  NSWindow* pendingSurface_ = nullptr;  ///< the window whose activation was asked for and not yet confirmed
+  double pendingSince_ = 0;
+  std::shared_ptr<Timer> refusalTimer_;
+  bool resignDue_ = false;
+
+  std::deque<EventPointer> queue_;
+  int trackingDepth_ = 0;  ///< nested loops that take events themselves
+  PointerState pointer_;
+  EventPointer currentEvent_;
+  std::vector<std::unique_ptr<Monitor>> monitors_;
+  int monitorDepth_ = 0;
+  EventMonitorToken lastMonitor_ = 0;
+  const NSEvent* liveKey_ = nullptr;  ///< the key that a back end is delivering now
+  bool liveKeyOffered_ = false;
+
+  unsigned presentationOptions_ = 0;
+  bool stopped_ = false;
+  bool asking_ = false;
+  bool terminating_ = false;
 };
 
 }  // namespace platform

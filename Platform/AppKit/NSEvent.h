@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "Platform/Export.h"
@@ -31,7 +32,9 @@ enum class EventType : std::uint8_t {
   otherMouseDragged = 27,
 };
 
-constexpr std::uint64_t eventMask(EventType type) { return std::uint64_t{1} << static_cast<unsigned>(type); }
+constexpr std::uint64_t eventMask(EventType type) {
+  return std::uint64_t{1} << static_cast<unsigned>(type);
+}
 inline constexpr std::uint64_t kAnyEventMask = ~std::uint64_t{0};
 
 /// Modifier flags of an event; a key without modifiers carries `kPlainKey`.
@@ -59,6 +62,8 @@ inline constexpr std::uint16_t kPageDown = 121, kLeftArrow = 123, kRightArrow = 
 struct PLATFORM_EXPORT NSEvent {
   EventType type = EventType::mouseMoved;
   Point locationInWindow;  ///< points, origin at the bottom left of the window's frame
+  /// Where the pointer was, whatever became of the window since; nothing for an event that code made.
+  std::optional<Point> locationOnScreen;
   std::uint64_t modifierFlags = 0;
   double timestamp = 0;  ///< seconds, as `RunLoop::now`
   std::int64_t windowNumber = 0;

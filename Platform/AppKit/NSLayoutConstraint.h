@@ -11,8 +11,8 @@ class NSView;
 
 enum class LayoutAttribute { left, right, top, bottom, leading, trailing, width, height, centerX, centerY, none };
 
-/// `first.attribute = second.attribute × multiplier + constant`, measured in the nearest common ancestor with y downwards.
-/// Kept by that ancestor while active; the views are held weakly. Main thread.
+/// `first.attribute = second.attribute × multiplier + constant`, measured in the nearest common ancestor with y
+/// downwards. Kept by that ancestor while active; the views are held weakly. Main thread.
 class PLATFORM_EXPORT NSLayoutConstraint : public std::enable_shared_from_this<NSLayoutConstraint> {
  public:
   /// `second` null: the attribute equals `constant`.

@@ -25,8 +25,8 @@ inline constexpr unsigned kMinXMargin = 1, kWidth = 2, kMaxXMargin = 4, kMinYMar
 }
 
 /// A rectangle of a window: a part of the view tree. `frame` is in the superview's coordinates, `bounds` has the origin
-/// (0, 0) (a scroll view's clip moves it); the origin is bottom left, or top left where `isFlipped`. Views are made with
-/// std::make_shared; a superview owns its subviews. Main thread.
+/// (0, 0) (a scroll view's clip moves it); the origin is bottom left, or top left where `isFlipped`. Views are made
+/// with std::make_shared; a superview owns its subviews. Main thread.
 class PLATFORM_EXPORT NSView : public NSResponder {
  public:
   NSView() = default;
@@ -59,7 +59,8 @@ class PLATFORM_EXPORT NSView : public NSResponder {
   void setWantsLayer(bool wants);
   CALayer* layer() { return layer_.get(); }
 
-  /// From this view's coordinates to `view`'s, or to window coordinates when null; the view itself for another window's.
+  /// From this view's coordinates to `view`'s, or to window coordinates when null. Unchanged for a view of another
+  /// tree.
   Point convertTo(Point point, const NSView* view) const;
   Point convertFrom(Point point, const NSView* view) const;
   Rect convertTo(const Rect& rect, const NSView* view) const;
@@ -92,6 +93,8 @@ class PLATFORM_EXPORT NSView : public NSResponder {
   virtual port::Cursor cursorAt(Point /*inView*/) const { return port::Cursor::arrow; }
 
   NSResponder* nextResponder() override;
+  /// Asks the subviews, the topmost first.
+  bool performKeyEquivalent(const EventPointer& event) override;
 
  protected:
   virtual void frameDidChange(const Rect& /*old*/) {}
@@ -100,6 +103,12 @@ class PLATFORM_EXPORT NSView : public NSResponder {
   friend class NSWindow;
   friend class NSLayoutConstraint;
   void moveToWindow(NSWindow* window);
+  void forgetWindow();
+  void dropConstraintsOf(const NSView& leaving);
+  bool clipsToBounds() const { return !layer_ || layer_->masksToBounds; }
+  const NSView& root() const;
+  Point toRoot(Point point) const;
+  Point fromRoot(Point point) const;
   void resizeSubviews(Size old);
   Point toSuperview(Point point) const;
   Point fromSuperview(Point point) const;

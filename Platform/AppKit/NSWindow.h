@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -39,9 +40,9 @@ struct StandardButton {
   bool hidden = false;
 };
 
-/// A window of the model: what it decides is the same on every back end, which shows it and reports what the user or the
-/// window manager did. Its frame includes the title bar; screen points, origin bottom left. Made with `make`, kept alive
-/// by the application while it isn't closed. Main thread.
+/// A window of the model: what it decides is the same on every back end, which shows it and reports what the user or
+/// the window manager did. Its frame includes the title bar; screen points, origin bottom left. Made with `make`, kept
+/// alive by the application while it isn't closed. Main thread.
 class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
  public:
   /// `contentRect` in screen points; the frame follows from the style. The window is not shown yet.
@@ -176,18 +177,20 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   void sendEvent(const EventPointer& event);
   bool performKeyEquivalent(const EventPointer& event) override;
   /// Takes events of the mask from the application's queue (waiting until `deadline`, run-loop time) and hands each to
-  /// `handler`, null when the deadline passed, the window closed, or a window drag ended the press. `handler` sets `stop`.
-  void trackEvents(std::uint64_t mask, double deadline, const std::function<void(const EventPointer&, bool& stop)>& handler);
-  /// Moves the window with the pointer until the button is released. The delegate hears `windowWillMove` first. Only for a
-  /// movable window and a left-mouse event.
+  /// `handler`, null when the deadline passed, the window closed, or a window drag ended the press. `handler` sets
+  /// `stop`.
+  void trackEvents(std::uint64_t mask, double deadline,
+                   const std::function<void(const EventPointer&, bool& stop)>& handler);
+  /// Moves the window with the pointer until the button is released. The delegate hears `windowWillMove` first. Only
+  /// for a movable window and a left-mouse event.
   void performDrag(const EventPointer& event);
   void display();
   void layoutIfNeeded();
   NSResponder* nextResponder() override;
 
-  /// True when `event` is the key that a back end is delivering at this moment and may go to the input method: it will be
-  /// offered, and what the input method leaves comes back to the first responder's `NSTextInputClient`. False for an event
-  /// made by code or dispatched later from the queue.
+  /// True when `event` is the key that a back end is delivering at this moment and may go to the input method: it will
+  /// be offered, and what the input method leaves comes back to the first responder's `NSTextInputClient`. False for an
+  /// event made by code or dispatched later from the queue.
   bool offerToInputMethod(const EventPointer& event);
   /// The caret, the selection or the focused text changed; the input method is told.
   void textInputChanged(bool endComposition);
@@ -195,15 +198,134 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   std::optional<Bitmap> snapshot();
   /// The machine's own number of the window, 0 when it is not on a machine.
   std::uint64_t nativeHandle() const;
+
+ protected:
+  NSWindow(const Rect& contentRect, unsigned styleMask);
+  /// Makes a new window known to the application; every `make` ends with it.
+  static void introduce(const std::shared_ptr<NSWindow>& window);
+
+ private:
+  friend class NSApplication;
+  friend class NSView;
+  friend class NSThemeFrame;
+  struct FrameChange;
+  using DelegateCall = void (NSWindowDelegate::*)(NSWindow&);
+
+  std::shared_ptr<NSWindow> self();
+  void tell(DelegateCall call);
+  void titleChanged(const std::string& title);
+  bool hasButton(WindowButton button) const;
+  void ensureSurface();
+  void updateSurface();
+  port::SurfaceState surfaceState() const;
+  double cornerRadius() const;
+  /// `inWindow` in window coordinates.
+  void invalidate(const Rect& inWindow);
+
+  void placeContent();
+  void moveFamily(const Rect& frame, bool reported, std::vector<FrameChange>& changes);
+  void applyFrame(const Rect& frame, bool reported);
+  void autosaveFrame() const;
+  Size smallestUserSize();
+
+  void showSelf();
+  void hideSelf();
+  void showChildren();
+  void hideChildren();
+  void changeMiniaturized(bool miniaturized, bool reported);
+  void keyChanged(bool key);
+  int effectiveLevel() const;
+  NSWindow& familyRoot();
+  /// Visible members, the front-most first.
+  void appendFamily(std::vector<NSWindow*>& members);
+  bool isAncestorOf(const NSWindow& window) const;
+  void finishClosing();
+
+  void needsLayout();
+  /// A view leaves the tree or is hidden: the focus doesn't stay inside it.
+  void viewLeaves(const NSView& view);
+  void pressed(const EventPointer& event);
+  void otherPressed(const EventPointer& event, void (NSResponder::*handler)(const EventPointer&));
+  void deliverToGrab(const EventPointer& event, void (NSResponder::*handler)(const EventPointer&), bool ends);
+  void hovered(const EventPointer& event);
+  void hoverLeft(const EventPointer& event);
+  bool takeActivatingClick(const EventPointer& event);
+  std::shared_ptr<NSView> viewAt(Point inWindow);
+  void moveByModel(const EventPointer& event, bool movedByMachine);
+
+  void surfacePaint(port::Canvas& canvas, const Rect& dirtyFromTopLeft) override;
+  void surfaceFrameChanged(const Rect& frame) override;
+  void surfaceActivated(bool active) override;
+  void surfaceMinimised(bool minimised) override;
+  void surfaceZoomed(bool zoomed) override;
+  void surfaceCloseRequested() override;
+  void surfacePointer(const port::PointerInput& input) override;
+  void surfaceWheel(const port::WheelInput& input) override;
+  port::KeyDisposition surfaceKey(const port::KeyInput& input) override;
+  void surfaceKeyAfterInputMethod(const port::KeyInput& input) override;
+  void surfaceMarkedText(const std::u16string& text, std::size_t caret) override;
+  void surfaceCommittedText(const std::u16string& text) override;
+  void surfaceDeleteSurrounding(std::ptrdiff_t offset, std::size_t length) override;
+  std::optional<port::TextInputState> surfaceTextInput() override;
+
+  std::int64_t number_ = 0;
+  std::weak_ptr<NSWindowDelegate> delegate_;
+  runtime::AttachedValues attached_;
+  std::unique_ptr<port::Surface> surface_;  ///< from the first showing on
+
+  std::string title_;
+  bool titlebarTransparent_ = false;
+  bool titleHidden_ = false;
+  unsigned styleMask_;
+  std::array<StandardButton, 3> buttons_;
+  std::optional<Color> backgroundColor_;
+  bool opaque_ = true;
+  bool movable_ = true;
+  bool hasShadow_ = true;
+
+  Rect frame_;
+  Size contentMinSize_;
+  Size minSize_;
+  std::string frameAutosaveName_;
+  std::shared_ptr<NSWindowController> controller_;
+  int userChangesFrame_ = 0;  ///< the model moves or resizes with the pointer: saved at the end, reports are older
+
+  bool visible_ = false;
+  bool miniaturized_ = false;
+  bool zoomed_ = false;
+  bool hiddenWithParent_ = false;
+  bool closing_ = false;
+  bool closed_ = false;
+  int level_ = WindowLevel::kNormal;
+  double alpha_ = 1;
+  bool restorable_ = true;
+  unsigned collectionBehavior_ = 0;
+  TabbingMode tabbingMode_ = TabbingMode::automatic;
+  std::set<std::string> draggedTypes_;
+  std::optional<double> activatedByMachineAt_;  ///< until the next press
+
+  NSWindow* parent_ = nullptr;
+  WindowOrdering placeInFamily_ = WindowOrdering::above;
+  std::vector<std::shared_ptr<NSWindow>> children_;
+
+  std::shared_ptr<NSThemeFrame> themeFrame_;
+  std::shared_ptr<NSView> contentView_;
+  std::weak_ptr<NSResponder> firstResponder_;
+  std::weak_ptr<NSView> grab_;       ///< has the left button until it is released
+  std::weak_ptr<NSView> otherGrab_;  ///< has the other buttons
+  std::weak_ptr<NSView> hover_;
+  port::Cursor cursor_ = port::Cursor::arrow;
+  bool layoutNeeded_ = false;
+  std::uint64_t dragsEnded_ = 0;
 };
 
 /// The messages whose implementations are exchanged at run time. The last argument of the rectangles is the style mask.
 using SetTitleMessage = runtime::Message<void(NSWindow&, const std::string&)>;
 using OrderFrontMessage = runtime::Message<void(NSWindow&, const void*)>;
 using RectMessage = runtime::Message<Rect(NSWindow&, const Rect&, unsigned)>;
-PLATFORM_EXPORT extern const SetTitleMessage kSetTitle;             // "setTitle:"
+PLATFORM_EXPORT extern const SetTitleMessage kSetTitle;                // "setTitle:"
 PLATFORM_EXPORT extern const OrderFrontMessage kMakeKeyAndOrderFront;  // "makeKeyAndOrderFront:"
-PLATFORM_EXPORT extern const RectMessage kContentRectForFrameRect;  // "contentRectForFrameRect:styleMask:"
-PLATFORM_EXPORT extern const RectMessage kFrameRectForContentRect;  // "frameRectForContentRect:styleMask:"
+PLATFORM_EXPORT extern const RectMessage kContentRectForFrameRect;     // "contentRectForFrameRect:styleMask:"
+PLATFORM_EXPORT extern const RectMessage kFrameRectForContentRect;     // "frameRectForContentRect:styleMask:"
 
 }  // namespace platform

@@ -1,0 +1,71 @@
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSWindow.h"
+
+#include <limits>
+
+namespace platform {
+
+namespace {
+
+constexpr std::uint64_t kDragMask = eventMask(EventType::leftMouseDragged) | eventMask(EventType::leftMouseUp);
+
+}  // namespace
+
+void NSWindow::trackEvents(std::uint64_t mask, double deadline,
+                           const std::function<void(const EventPointer&, bool& stop)>& handler) {
+  const auto alive = self();
+  NSApplication& application = NSApplication::shared();
+  for (bool stop = false; !stop;) {
+    const EventPointer event = application.takeEvent(mask, deadline, [this] { return closed_; });
+    const std::uint64_t drags = dragsEnded_;
+    handler(event, stop);
+    if (!event) return;
+    if (stop || drags == dragsEnded_) continue;
+    // The press went into a drag; its release is the monitors' and not this loop's.
+    handler(nullptr, stop);
+    return;
+  }
+}
+
+void NSWindow::performDrag(const EventPointer& event) {
+  requireMainThread("NSWindow::performDrag");
+  const auto alive = self();
+  const bool fromPress =
+      event && (event->type == EventType::leftMouseDown || event->type == EventType::leftMouseDragged);
+  if (closed_ || !movable_ || !fromPress) return;
+  tell(&NSWindowDelegate::windowWillMove);
+  if (closed_) return;
+  // The machine moves a window without its children.
+  const bool movedByMachine = children_.empty() && surface_ && surface_->beginMove();
+  moveByModel(event, movedByMachine);
+}
+
+void NSWindow::moveByModel(const EventPointer& event, bool movedByMachine) {
+  struct Change {
+    int& depth;
+    explicit Change(int& changes) : depth(changes) { ++depth; }
+    ~Change() { --depth; }
+  };
+  NSApplication& application = NSApplication::shared();
+  const auto onScreen = [&](const NSEvent& each) {
+    return each.locationOnScreen.value_or(convertPointToScreen(each.locationInWindow));
+  };
+  const Point grip = onScreen(*event) - frame_.origin();
+  EventPointer release;
+  {
+    std::optional<Change> change;
+    if (!movedByMachine) change.emplace(userChangesFrame_);
+    while (!release) {
+      const EventPointer next =
+          application.takeEvent(kDragMask, std::numeric_limits<double>::infinity(), [this] { return closed_; });
+      if (!next) break;
+      if (!movedByMachine) setFrameOrigin(onScreen(*next) - grip);
+      if (next->type == EventType::leftMouseUp) release = next;
+    }
+  }
+  if (!closed_) autosaveFrame();
+  ++dragsEnded_;
+  if (release) application.postEvent(release, true);
+}
+
+}  // namespace platform
