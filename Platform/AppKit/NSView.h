@@ -7,6 +7,7 @@
 #include "Platform/AppKit/NSResponder.h"
 #include "Platform/Export.h"
 #include "Platform/Port/Canvas.h"
+#include "Platform/Port/WindowHost.h"
 
 namespace platform {
 

@@ -2,6 +2,7 @@
 
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/Foundation/Session.h"
 
 namespace platform {
 

@@ -1,7 +1,8 @@
+#include <limits>
+
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSWindow.h"
-
-#include <limits>
+#include "Platform/Foundation/Session.h"
 
 namespace platform {
 

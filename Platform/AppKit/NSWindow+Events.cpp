@@ -2,6 +2,7 @@
 #include "Platform/AppKit/NSTextInputClient.h"
 #include "Platform/AppKit/NSThemeFrame.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/Foundation/Session.h"
 
 namespace platform {
 

@@ -7,6 +7,7 @@
 #include "Platform/AppKit/NSThemeFrame.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/Geometry.h"
+#include "Platform/Foundation/Session.h"
 #include "Platform/Foundation/UserDefaults.h"
 
 namespace platform {
