@@ -18,6 +18,9 @@
 
 namespace veltrik {
 
+class ArchiveStream;
+struct ArchiveState;
+
 /// Bytes that are read or written at a time unless a caller asks for other steps.
 inline constexpr std::uint32_t defaultReadChunkSize = 16384;
 inline constexpr std::uint32_t defaultWriteChunkSize = defaultReadChunkSize;
@@ -31,7 +34,7 @@ enum class ArchiveAccessMode : unsigned {
 struct ArchiveOptions {
   ArchiveAccessMode accessMode = ArchiveAccessMode::read;
   /// How names are decoded when entries are looked up by path; each entry's own way without it.
-  std::optional<platform::StringEncoding> preferredEncoding;
+  std::optional<platform::StringEncoding> preferredEncoding = std::nullopt;
 };
 
 struct ExtractOptions {
@@ -59,7 +62,7 @@ struct NewEntry {
   std::uint32_t uncompressedSize = 0;
   Date modificationDate{};
   /// Mode bits; the default for the type without them.
-  std::optional<std::uint16_t> permissions;
+  std::optional<std::uint16_t> permissions = std::nullopt;
 };
 
 struct RemoveOptions {
@@ -147,11 +150,14 @@ class Archive {
 
  private:
   friend class ArchiveBatch;
-  friend class ArchiveUnpacking;
-  struct State;
-  explicit Archive(std::unique_ptr<State> state);
+  friend class ArchiveExtraction;
+  friend class ArchiveRemoval;
 
-  std::unique_ptr<State> state_;
+  explicit Archive(std::unique_ptr<ArchiveState> state);
+  static std::unique_ptr<Archive> openStream(platform::URL url, const ArchiveOptions& options,
+                                             std::unique_ptr<ArchiveStream> stream);
+
+  std::unique_ptr<ArchiveState> state_;
 };
 
 /// The archive's last record: where the central directory stands and how much it holds.

@@ -25,7 +25,7 @@ struct UnzipOptions {
   bool maskSpecialPermissions = false;
   platform::Progress* progress = nullptr;
   /// How names are decoded; each entry's own way without it.
-  std::optional<platform::StringEncoding> preferredEncoding;
+  std::optional<platform::StringEncoding> preferredEncoding = std::nullopt;
 };
 
 /// Packs a file, a link (itself) or everything in a directory into a new archive at `destination`, names sorted; there

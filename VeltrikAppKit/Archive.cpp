@@ -1,0 +1,200 @@
+#include "VeltrikAppKit/Archive.h"
+
+#include <algorithm>
+
+#include "Platform/Foundation/ByteCursor.h"
+#include "Platform/Foundation/CocoaError.h"
+#include "Platform/Foundation/FileManager.h"
+#include "VeltrikAppKit/ArchiveState.h"
+#include "VeltrikAppKit/FileManager+ZIP.h"
+
+namespace veltrik {
+
+namespace {
+
+using EndRecord = Archive::EndOfCentralDirectoryRecord;
+
+/// The end record begins no further from the archive's end than this: its own size and the longest comment, and a
+/// little.
+constexpr std::uint64_t kLongestDistance = 65999;
+/// Where it begins nearly always: no comment, or a short one.
+constexpr std::uint64_t kUsualDistance = 512;
+constexpr std::size_t kDataWindow = 65536;
+
+const char* streamMode(ArchiveAccessMode mode) {
+  return mode == ArchiveAccessMode::read ? "rb" : "rb+";
+}
+
+const char* memoryMode(ArchiveAccessMode mode) {
+  return mode == ArchiveAccessMode::create ? "wb+" : streamMode(mode);
+}
+
+/// How far from the end of `bytes` the last end record signature stands, 22 bytes at least.
+std::optional<std::size_t> signatureDistance(platform::DataView bytes) {
+  for (std::size_t distance = EndRecord::fixedSize; distance <= bytes.size(); ++distance) {
+    platform::ByteCursor cursor(bytes.last(distance));
+    if (*cursor.u32le() == EndRecord::signature) return distance;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+ArchiveState::ArchiveState(platform::URL location, const ArchiveOptions& options, std::unique_ptr<ArchiveStream> opened)
+    : url(std::move(location)),
+      accessMode(options.accessMode),
+      preferredEncoding(options.preferredEncoding),
+      stream(std::move(opened)),
+      data(*stream, kDataWindow) {}
+
+bool ArchiveState::findEndRecord() {
+  const std::uint64_t size = stream->size();
+  for (const std::uint64_t reach : {kUsualDistance, kLongestDistance}) {
+    platform::Data bytes(std::min(size, reach));
+    bytes.resize(stream->readAt(size - bytes.size(), bytes));
+    if (const auto distance = signatureDistance(bytes)) {
+      endRecordOffset = size - *distance;
+      ReadWindow window(*stream, EndRecord::fixedSize);
+      auto found = readRecord<EndRecord>(window, endRecordOffset);
+      if (found) endRecord = std::move(*found);
+      return found.has_value();
+    }
+  }
+  return false;
+}
+
+std::string ArchiveState::pathOf(const Entry& entry) const {
+  return preferredEncoding ? entry.path(*preferredEncoding) : entry.path();
+}
+
+void ArchiveState::streamChanged(std::unique_ptr<ArchiveStream> replacement) {
+  if (replacement) stream = std::move(replacement);
+  data.reset(*stream);
+  lookup.reset();
+}
+
+Archive::Archive(std::unique_ptr<ArchiveState> state) : state_(std::move(state)) {}
+Archive::~Archive() = default;
+
+std::unique_ptr<Archive> Archive::openStream(platform::URL url, const ArchiveOptions& options,
+                                             std::unique_ptr<ArchiveStream> stream) {
+  if (!stream) return nullptr;
+  auto state = std::make_unique<ArchiveState>(std::move(url), options, std::move(stream));
+  if (!state->findEndRecord()) return nullptr;
+  return std::unique_ptr<Archive>(new Archive(std::move(state)));
+}
+
+std::unique_ptr<Archive> Archive::open(const platform::URL& url, ArchiveOptions options) {
+  try {
+    if (!url.isFileURL()) return nullptr;
+    if (options.accessMode == AccessMode::create) {
+      platform::FileManager().writeWithoutOverwriting(EndOfCentralDirectoryRecord().data(), url);
+    }
+    return openStream(url, options, ArchiveStream::openFile(url.path(), streamMode(options.accessMode)));
+  } catch (const platform::CocoaError&) {
+    return nullptr;
+  } catch (const DataError&) {
+    return nullptr;
+  }
+}
+
+std::unique_ptr<Archive> Archive::open(platform::Data data, ArchiveOptions options) {
+  try {
+    auto stream = ArchiveStream::openMemory(MemoryFile::make(std::move(data)), memoryMode(options.accessMode));
+    if (stream && options.accessMode == AccessMode::create) stream->writeAt(0, EndOfCentralDirectoryRecord().data());
+    return openStream(*platform::URL::fromString("memory:"), options, std::move(stream));
+  } catch (const DataError&) {
+    return nullptr;
+  }
+}
+
+const platform::URL& Archive::url() const {
+  return state_->url;
+}
+Archive::AccessMode Archive::accessMode() const {
+  return state_->accessMode;
+}
+std::optional<platform::StringEncoding> Archive::preferredEncoding() const {
+  return state_->preferredEncoding;
+}
+const EndRecord& Archive::endOfCentralDirectoryRecord() const {
+  return state_->endRecord;
+}
+
+std::optional<platform::Data> Archive::data() const {
+  const MemoryFile* memory = state_->stream->memoryFile();
+  return memory != nullptr ? std::optional(memory->data()) : std::nullopt;
+}
+
+/// Where an iterator stands.
+struct Archive::Iterator::Walk {
+  EntryReader reader;
+  std::uint64_t position;
+  unsigned entriesLeft;
+};
+
+Archive::Iterator::Iterator(std::unique_ptr<Walk> walk) : walk_(std::move(walk)) {
+  ++*this;
+}
+Archive::Iterator::Iterator(Iterator&&) noexcept = default;
+Archive::Iterator& Archive::Iterator::operator=(Iterator&&) noexcept = default;
+Archive::Iterator::~Iterator() = default;
+
+Archive::Iterator& Archive::Iterator::operator++() {
+  entry_.reset();
+  if (walk_->entriesLeft == 0) return *this;
+  --walk_->entriesLeft;
+  if (auto found = walk_->reader.read(walk_->position)) {
+    walk_->position = found->next;
+    entry_ = std::move(found->entry);
+  } else {
+    walk_->entriesLeft = 0;
+  }
+  return *this;
+}
+
+Archive::Iterator Archive::begin() const {
+  const EndRecord& record = state_->endRecord;
+  return Iterator(std::unique_ptr<Iterator::Walk>(new Iterator::Walk{EntryReader(*state_->stream),
+                                                                     record.offsetToStartOfCentralDirectory,
+                                                                     record.totalNumberOfEntriesInCentralDirectory}));
+}
+
+std::optional<Entry> Archive::operator[](std::string_view path) const {
+  ArchiveState& state = *state_;
+  if (!state.lookup) {
+    ArchiveState::Lookup lookup{EntryReader(*state.stream),
+                                PathIndex(state.endRecord.totalNumberOfEntriesInCentralDirectory)};
+    forEachEntry(lookup.reader, state.endRecord, [&](const Entry& entry, std::uint64_t position) {
+      lookup.index.insert(state.pathOf(entry), position);
+      return true;
+    });
+    state.lookup = std::move(lookup);
+  }
+  std::optional<Entry> result;
+  state.lookup->index.find(path, [&](std::uint64_t position) {
+    auto found = state.lookup->reader.read(position);
+    if (found && state.pathOf(found->entry) == path) result = std::move(found->entry);
+    return result.has_value();
+  });
+  return result;
+}
+
+std::int64_t Archive::totalUnitCountForReading(const Entry& entry) const {
+  return entry.type() == Entry::EntryType::directory ? 1 : entry.uncompressedSize();
+}
+
+std::int64_t Archive::totalUnitCountForRemoving(const Entry& entry) const {
+  const auto directoryStart = static_cast<std::int64_t>(state_->endRecord.offsetToStartOfCentralDirectory);
+  return std::max<std::int64_t>(directoryStart - static_cast<std::int64_t>(entry.localRecordLength()), 0);
+}
+
+std::int64_t Archive::totalUnitCountForAddingItem(const platform::URL& url) const {
+  try {
+    return entryType(url) == Entry::EntryType::directory ? 1 : fileSize(url);
+  } catch (const platform::CocoaError&) {
+    return -1;
+  }
+}
+
+}  // namespace veltrik

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "VeltrikAppKit/Archive.h"
+#include "VeltrikAppKit/ArchiveItem.h"
+#include "VeltrikAppKit/ArchiveState.h"
+#include "VeltrikAppKit/ArchiveTail.h"
+
+namespace veltrik {
+
+/// Adds entries to an archive and writes its central directory once, at the end. Without `commit` the archive stays as
+/// it was.
+class ArchiveBatch {
+ public:
+  /// Throws `ArchiveError` `unwritableArchive` when the archive is open for reading, or its directory is not what its
+  /// end record says.
+  explicit ArchiveBatch(Archive& archive);
+  ~ArchiveBatch();
+  ArchiveBatch(const ArchiveBatch&) = delete;
+  ArchiveBatch& operator=(const ArchiveBatch&) = delete;
+
+  /// As `Archive::addEntry` says. After a failure the entries added before are still there.
+  void add(std::string_view path, const NewEntry& entry, const ByteProvider& provider, const AddOptions& options);
+  /// Adds the item at a place; `item` says what it is.
+  void addItem(std::string_view path, const ItemPlace& place, const AddOptions& options);
+  /// Writes the new directory. Throws when it can't; then the archive is as it was before the batch.
+  void commit();
+
+ private:
+  struct Written {
+    std::uint32_t crc = 0;
+    std::uint64_t size = 0;
+  };
+  void undo() noexcept;
+  void requireRoom(std::string_view path, const NewEntry& entry, CompressionMethod method) const;
+  void requireOffset(std::uint64_t offset) const;
+  void writeRecord(std::string_view path, const NewEntry& entry, CompressionMethod method, const ByteProvider& provider,
+                   const AddOptions& options);
+  Written writeData(const NewEntry& entry, CompressionMethod method, const ByteProvider& provider,
+                    const AddOptions& options);
+  Written writeStored(const NewEntry& entry, const ByteProvider& provider, const AddOptions& options);
+  Written writeDeflated(const NewEntry& entry, const ByteProvider& provider, const AddOptions& options);
+  Written writeLink(const NewEntry& entry, const ByteProvider& provider);
+  void addFile(std::string_view path, int file, const NewEntry& entry, const AddOptions& options);
+  void addLink(std::string_view path, const ItemPlace& place, const AddOptions& options);
+
+  ArchiveState& state_;
+  TailWriter writer_;
+  Archive::EndOfCentralDirectoryRecord endRecord_;  ///< as it will be
+  platform::Data newStructures_;
+  std::optional<std::pair<dev_t, ino_t>> archiveFile_;
+  bool isOver_ = false;
+};
+
+}  // namespace veltrik

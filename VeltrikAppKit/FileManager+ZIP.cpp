@@ -1,0 +1,248 @@
+#include "VeltrikAppKit/FileManager+ZIP.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "Platform/Foundation/CocoaError.h"
+#include "VeltrikAppKit/Archive.h"
+#include "VeltrikAppKit/ArchiveBatch.h"
+#include "VeltrikAppKit/ArchiveExtraction.h"
+
+namespace veltrik {
+
+namespace {
+
+using platform::CocoaError;
+using platform::FileManager;
+using platform::Progress;
+using platform::URL;
+
+struct stat statusOf(const URL& item) {
+  const std::string path = item.path();
+  struct stat status {};
+  if (!FileManager().isReachableItem(item) || lstat(path.c_str(), &status) != 0) {
+    throw CocoaError::reading(ENOENT, path);
+  }
+  return status;
+}
+
+/// A part of the work on its own: a child of the whole, or nothing when nobody watches.
+std::shared_ptr<Progress> makeChild(Progress* whole, std::int64_t units) {
+  if (whole == nullptr) return nullptr;
+  auto child = std::make_shared<Progress>(units);
+  whole->addChild(child, units);
+  return child;
+}
+
+/// Ends the progress: work of no units at all would otherwise look as if it had not begun.
+void finish(Progress* progress) {
+  if (progress == nullptr) return;
+  if (progress->totalUnitCount() == 0) progress->setTotalUnitCount(1);
+  progress->setCompletedUnitCount(progress->totalUnitCount());
+}
+
+/// A whole archive on its way into a directory.
+class Unpacking {
+ public:
+  Unpacking(const Archive& archive, const URL& destination, const UnzipOptions& options)
+      : archive_(archive),
+        destination_(URL::directoryURL(destination.path()).standardized()),
+        options_(options),
+        root_(destination_.path()) {}
+
+  void run() {
+    if (options_.progress != nullptr) options_.progress->setTotalUnitCount(totalUnitCount());
+    if (archive_.begin() == archive_.end()) return finish(options_.progress);
+    FileManager().createDirectory(destination_, true);
+    tree_.emplace(destination_);
+    try {
+      unpackAll();
+    } catch (...) {
+      try {
+        applyDirectoryAttributes();
+      } catch (const std::exception&) {
+        // The first failure is the one to tell.
+      }
+      throw;
+    }
+    applyDirectoryAttributes();
+    finish(options_.progress);
+  }
+
+ private:
+  struct MadeDirectory {
+    std::string path;
+    platform::FileAttributes attributes;
+  };
+
+  std::int64_t totalUnitCount() const {
+    std::int64_t total = 0;
+    for (const Entry& entry : archive_) total += archive_.totalUnitCountForReading(entry);
+    return total;
+  }
+
+  std::string pathOf(const Entry& entry) const {
+    return options_.preferredEncoding ? entry.path(*options_.preferredEncoding) : entry.path();
+  }
+
+  /// The entry's path below the destination, without "." and ".."; throws when it leads outside.
+  std::string relativePath(const std::string& entryPath) const {
+    const URL location = destination_.appendingPathComponent(entryPath);
+    if (!isContained(location, destination_) || entryPath.find('\0') != std::string::npos) {
+      throw CocoaError(CocoaError::Code::fileReadInvalidFileName, location.path(), "it leads outside the destination");
+    }
+    const std::string path = location.standardized().path();
+    return path.size() > root_.size() ? path.substr(root_.size() + (root_ == "/" ? 0 : 1)) : std::string();
+  }
+
+  ItemPlace placeOf(const std::string& path) {
+    const auto slash = path.rfind('/');
+    const std::string parent = slash == std::string::npos ? std::string() : path.substr(0, slash);
+    const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    return {tree_->directory(parent, DirectoryTree::Missing::make), name.empty() ? "." : name, root_ + "/" + path};
+  }
+
+  void unpackAll() {
+    for (const auto type : {Entry::EntryType::directory, Entry::EntryType::file, Entry::EntryType::symlink}) {
+      for (const Entry& entry : archive_) {
+        if (entry.type() == type) unpack(entry);
+      }
+    }
+  }
+
+  void unpack(const Entry& entry) {
+    const std::string entryPath = pathOf(entry);
+    withContext(entryPath, archive_.url(), [&] {
+      const std::string path = relativePath(entryPath);
+      const auto child = makeChild(options_.progress, archive_.totalUnitCountForReading(entry));
+      const ExtractOptions options = {.skipCRC32 = options_.skipCRC32,
+                                      .maskSpecialPermissions = options_.maskSpecialPermissions,
+                                      .progress = child.get()};
+      ArchiveExtraction(archive_, entry, options).to([&] { return placeOf(path); });
+      if (entry.type() == Entry::EntryType::directory) made_.push_back({path, attributesOf(entry, options)});
+    });
+  }
+
+  /// Last of all, since what is put into a directory changes its date and may need rights that it will not have; what
+  /// lies deepest first, for the same reason.
+  void applyDirectoryAttributes() {
+    std::ranges::stable_sort(made_, std::ranges::greater(), &MadeDirectory::path);
+    for (const auto& directory : made_) setDirectoryAttributes(placeOf(directory.path), directory.attributes);
+  }
+
+  const Archive& archive_;
+  URL destination_;
+  const UnzipOptions& options_;
+  std::string root_;
+  std::optional<DirectoryTree> tree_;
+  std::vector<MadeDirectory> made_;
+};
+
+/// A file system item on its way into a new archive.
+class Packing {
+ public:
+  Packing(const URL& source, const ZipOptions& options) : source_(source), options_(options) {}
+
+  void run(Archive& archive) const {
+    const bool isDirectory = entryType(source_) == Entry::EntryType::directory;
+    const bool keepsName = !isDirectory || options_.shouldKeepParent;
+    const URL base = keepsName ? source_.deletingLastPathComponent() : source_;
+    const std::string prefix = !isDirectory ? "" : keepsName ? source_.lastPathComponent() + "/" : "";
+    const std::vector<std::string> paths =
+        isDirectory ? FileManager().subpathsOfDirectory(source_.path()) : std::vector{source_.lastPathComponent()};
+    if (options_.progress != nullptr)
+      options_.progress->setTotalUnitCount(totalUnitCount(archive, base, prefix, paths));
+    DirectoryTree tree(base);
+    ArchiveBatch batch(archive);
+    try {
+      for (const std::string& path : paths) add(batch, tree, archive, base, prefix + path);
+    } catch (...) {
+      batch.commit();
+      throw;
+    }
+    batch.commit();
+    finish(options_.progress);
+  }
+
+ private:
+  static std::int64_t totalUnitCount(const Archive& archive, const URL& base, const std::string& prefix,
+                                     const std::vector<std::string>& paths) {
+    std::int64_t total = 0;
+    for (const std::string& path : paths) {
+      total +=
+          std::max<std::int64_t>(archive.totalUnitCountForAddingItem(base.appendingPathComponent(prefix + path)), 0);
+    }
+    return total;
+  }
+
+  void add(ArchiveBatch& batch, DirectoryTree& tree, const Archive& archive, const URL& base,
+           const std::string& path) const {
+    withContext(path, archive.url(), [&] {
+      const URL item = base.appendingPathComponent(path);
+      const auto child = options_.progress != nullptr
+                             ? makeChild(options_.progress, archive.totalUnitCountForAddingItem(item))
+                             : nullptr;
+      const auto slash = path.rfind('/');
+      const std::string parent = slash == std::string::npos ? std::string() : path.substr(0, slash);
+      const ItemPlace place = {tree.directory(parent, DirectoryTree::Missing::fail),
+                               slash == std::string::npos ? path : path.substr(slash + 1), item.path()};
+      batch.addItem(path, place, {.compressionMethod = options_.compressionMethod, .progress = child.get()});
+    });
+  }
+
+  const URL& source_;
+  const ZipOptions& options_;
+};
+
+}  // namespace
+
+void zipItem(const URL& source, const URL& destination, const ZipOptions& options) {
+  const FileManager files;
+  if (!files.isReachableItem(source)) throw CocoaError::reading(ENOENT, source.path());
+  if (files.isReachableItem(destination)) throw CocoaError::writing(EEXIST, destination.path());
+  const auto archive = Archive::open(destination, {.accessMode = ArchiveAccessMode::create});
+  if (!archive) {
+    ArchiveError error(ArchiveError::Case::unwritableArchive, "the archive can't be made");
+    error.addContext({}, destination.path());
+    throw error;
+  }
+  Packing(source, options).run(*archive);
+}
+
+void unzipItem(const URL& source, const URL& destination, const UnzipOptions& options) {
+  if (!FileManager().isReachableItem(source)) throw CocoaError::reading(ENOENT, source.path());
+  const auto archive = Archive::open(source, {.preferredEncoding = options.preferredEncoding});
+  if (!archive) {
+    ArchiveError error(ArchiveError::Case::unreadableArchive, "it is no ZIP archive, or can't be read");
+    error.addContext({}, source.path());
+    throw error;
+  }
+  Unpacking(*archive, destination, options).run();
+}
+
+bool isContained(const URL& url, const URL& directory) {
+  const URL parent = URL::directoryURL(directory.path()).standardized();
+  return url.standardized().absoluteString().starts_with(parent.absoluteString());
+}
+
+Entry::EntryType entryType(const URL& item) {
+  return entryType(statusOf(item).st_mode);
+}
+
+std::uint32_t fileSize(const URL& item) {
+  const struct stat status = statusOf(item);
+  if (status.st_size > std::numeric_limits<std::uint32_t>::max()) throw CocoaError::reading(EFBIG, item.path());
+  return static_cast<std::uint32_t>(status.st_size);
+}
+
+Date modificationDate(const URL& item) {
+  const struct stat status = statusOf(item);
+  const auto sinceEpoch =
+      std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
+  return Date(std::chrono::duration_cast<Date::duration>(sinceEpoch));
+}
+
+}  // namespace veltrik
