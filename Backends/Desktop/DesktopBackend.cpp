@@ -1,0 +1,100 @@
+#include "Backends/Desktop/DesktopBackend.h"
+
+#include <xcb/xcb.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QStandardPaths>
+#include <stdexcept>
+
+#include "Backends/Desktop/DBusBroadcast.h"
+#include "Backends/Desktop/DesktopClipboard.h"
+#include "Backends/Desktop/DesktopLoop.h"
+#include "Backends/Desktop/DesktopText.h"
+#include "Backends/Desktop/DesktopWindowHost.h"
+
+namespace desktop {
+
+namespace {
+
+/// The toolkit ends the process when it finds no display, so we look first.
+void requireDisplay() {
+  xcb_connection_t* probe = xcb_connect(nullptr, nullptr);
+  const bool stands = xcb_connection_has_error(probe) == 0;
+  xcb_disconnect(probe);
+  if (!stands) throw std::runtime_error("no X server answers at the display that DISPLAY names");
+}
+
+/// The toolkit's application object, if nobody made one before us.
+class Application {
+ public:
+  explicit Application(const std::string& identifier) {
+    if (QCoreApplication::instance()) return;
+    requireDisplay();
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    static int count = 1;
+    static char name[] = "mirelo";
+    static char* arguments[] = {name, nullptr};
+    owned_ = std::make_unique<QApplication>(count, arguments);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setDesktopFileName(QString::fromStdString(identifier));
+    QCoreApplication::setApplicationName(QString::fromStdString(identifier));
+  }
+
+ private:
+  std::unique_ptr<QApplication> owned_;
+};
+
+platform::port::Folders userFolders() {
+  const auto folder = [](QStandardPaths::StandardLocation location) {
+    return std::filesystem::path(QStandardPaths::writableLocation(location).toStdString());
+  };
+  return {QDir::homePath().toStdString(), folder(QStandardPaths::GenericConfigLocation),
+          folder(QStandardPaths::GenericDataLocation), folder(QStandardPaths::GenericCacheLocation)};
+}
+
+}  // namespace
+
+struct DesktopBackend::Parts {
+  explicit Parts(const DesktopOptions& options)
+      : application(options.identifier), windows(options.identifier), folders(userFolders()) {}
+  ~Parts() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+
+  Application application;
+  DesktopLoop loop;
+  DesktopWindowHost windows;
+  DesktopText text;
+  DesktopClipboard clipboard;
+  DBusBroadcast broadcast;
+  platform::port::Folders folders;
+};
+
+DesktopBackend::DesktopBackend(const DesktopOptions& options) : parts_(std::make_unique<Parts>(options)) {}
+
+DesktopBackend::~DesktopBackend() = default;
+
+platform::port::LoopDriver& DesktopBackend::loop() {
+  return parts_->loop;
+}
+
+platform::port::WindowHost& DesktopBackend::windows() {
+  return parts_->windows;
+}
+
+platform::port::TextMeasure& DesktopBackend::text() {
+  return parts_->text;
+}
+
+platform::port::Clipboard& DesktopBackend::clipboard() {
+  return parts_->clipboard;
+}
+
+platform::port::Broadcast* DesktopBackend::broadcast() {
+  return &parts_->broadcast;
+}
+
+const platform::port::Folders& DesktopBackend::folders() const {
+  return parts_->folders;
+}
+
+}  // namespace desktop

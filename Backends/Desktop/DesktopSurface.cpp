@@ -1,0 +1,250 @@
+#include "Backends/Desktop/DesktopSurface.h"
+
+#include <private/qguiapplication_p.h>
+#include <private/qhighdpiscaling_p.h>
+#include <qpa/qplatforminputcontext.h>
+#include <qpa/qplatformintegration.h>
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <algorithm>
+#include <cmath>
+
+#include "Backends/Desktop/Coordinates.h"
+#include "Backends/Desktop/DesktopWindowHost.h"
+#include "Backends/Desktop/WindowServices.h"
+
+namespace desktop {
+
+using platform::port::Cursor;
+using platform::port::Surface;
+using platform::port::SurfaceState;
+
+namespace {
+
+/// How long the window manager and the toolkit get to agree on a frame that was set.
+constexpr int kSettleMilliseconds = 150;
+constexpr int kMoveStepMilliseconds = 10;
+/// The window manager may still be at the last steps of the pointer when the button comes up.
+constexpr int kRestingSteps = 3;
+constexpr int kAboveLevel = 3;
+constexpr int kUnlimited = (1 << 24) - 1;  // what the toolkit takes for no limit
+
+Qt::CursorShape shapeOf(Cursor cursor) {
+  switch (cursor) {
+    case Cursor::arrow:
+      return Qt::ArrowCursor;
+    case Cursor::text:
+      return Qt::IBeamCursor;
+    case Cursor::resizeHorizontal:
+      return Qt::SizeHorCursor;
+    case Cursor::resizeVertical:
+      return Qt::SizeVerCursor;
+    case Cursor::resizeRising:
+      return Qt::SizeBDiagCursor;
+    case Cursor::resizeFalling:
+      return Qt::SizeFDiagCursor;
+  }
+  return Qt::ArrowCursor;
+}
+
+QRect outward(const platform::Rect& rect) {
+  return QRectF(rect.x, rect.y, rect.width, rect.height).toAlignedRect();
+}
+
+}  // namespace
+
+DesktopSurface::DesktopSurface(DesktopWindowHost& host, WindowServices& services, platform::port::SurfaceSink& sink,
+                               const SurfaceState& state)
+    : host_(host), services_(services), window_(new SurfaceWindow(*this, sink, services)), state_(state) {
+  settleTimer_.setSingleShot(true);
+  settleTimer_.setInterval(kSettleMilliseconds);
+  QObject::connect(&settleTimer_, &QTimer::timeout, window_, [this] { settle(); });
+  moveTimer_.setInterval(kMoveStepMilliseconds);
+  QObject::connect(&moveTimer_, &QTimer::timeout, window_, [this] { followMove(); });
+  applyFrame();
+  window_->create();
+  id_ = static_cast<xcb_window_t>(window_->winId());
+  host_.add(*this);
+  services_.x.setClass(id_, services_.identifier);
+  services_.x.setFunctions(id_, state_.resizable, state_.minimisable);
+  window_->setTitle(QString::fromStdString(state_.title));
+  window_->setLook(state_.transparent, state_.cornerRadius);
+  window_->setOpacity(state_.alpha);
+  if (state_.visible) show();
+  services_.x.flush();
+}
+
+DesktopSurface::~DesktopSurface() {
+  host_.remove(*this);
+  window_->detach();
+  services_.x.flush();
+}
+
+void DesktopSurface::apply(const SurfaceState& state) {
+  const SurfaceState before = std::exchange(state_, state);
+  if (state.title != before.title) window_->setTitle(QString::fromStdString(state.title));
+  if (state.resizable != before.resizable || state.minimisable != before.minimisable)
+    services_.x.setFunctions(id_, state.resizable, state.minimisable);
+  if (state.resizable != before.resizable) applyLimits();
+  if (state.frame != before.frame) applyFrame();
+  window_->setLook(state.transparent, state.cornerRadius);
+  if (state.alpha != before.alpha) window_->setOpacity(state.alpha);
+  if (state.visible && !before.visible)
+    show();
+  else if (!state.visible && before.visible)
+    window_->setVisible(false);
+  else if (state.visible && (state.level != before.level || state.skipsTaskbar != before.skipsTaskbar))
+    showStates();
+  services_.x.flush();
+}
+
+void DesktopSurface::applyLimits() {
+  window_->setMinimumSize(state_.resizable ? QSize(1, 1) : requested_.size());
+  window_->setMaximumSize(state_.resizable ? QSize(kUnlimited, kUnlimited) : requested_.size());
+}
+
+void DesktopSurface::applyFrame() {
+  requested_ = toToolkit(state_.frame);
+  applyLimits();
+  window_->setGeometry(requested_);
+  settleTimer_.start();
+}
+
+void DesktopSurface::show() {
+  window_->setVisible(true);
+  // The window manager forgets these when a window is hidden, and the toolkit writes some of them anew.
+  window_->setGeometry(requested_);
+  services_.x.setTransientFor(id_, parent_);
+  services_.x.setFunctions(id_, state_.resizable, state_.minimisable);
+  showStates();
+  settleTimer_.start();
+}
+
+void DesktopSurface::showStates() {
+  services_.x.changeState(id_, "_NET_WM_STATE_ABOVE", state_.level >= kAboveLevel);
+  services_.x.changeState(id_, "_NET_WM_STATE_SKIP_TASKBAR", state_.skipsTaskbar);
+}
+
+std::optional<QRect> DesktopSurface::shownFrame() const {
+  const auto pixels = services_.x.geometry(id_);
+  if (!pixels) return std::nullopt;
+  // A frame that was asked for is exact, whatever the rounding between points and pixels.
+  if (QHighDpi::toNativeWindowGeometry(requested_, window_) == *pixels) return requested_;
+  return QHighDpi::fromNativeWindowGeometry(*pixels, static_cast<const QWindow*>(window_));
+}
+
+void DesktopSurface::geometryChanged() {
+  // What arrives shortly after a request may be an answer to an older one, or half of the new one.
+  if (!settleTimer_.isActive()) reportFrame();
+}
+
+void DesktopSurface::settle() {
+  if (!state_.visible || minimised_) return;
+  const auto shown = shownFrame();
+  if (shown && *shown == requested_ && window_->geometry() != requested_)
+    window_->setGeometry(requested_);  // shown right, but the toolkit lost track while the window was hidden
+  else
+    reportFrame();
+}
+
+void DesktopSurface::reportFrame() {
+  if (!state_.visible || minimised_) return;
+  const auto shown = shownFrame();
+  if (!shown) return;
+  const platform::Rect frame = toModel(QRectF(*shown));
+  if (*shown == requested_ && toToolkit(state_.frame) == requested_) return;
+  requested_ = *shown;
+  state_.frame = frame;
+  sink().surfaceFrameChanged(frame);
+}
+
+void DesktopSurface::stateChanged() {
+  const bool minimised = window_->windowStates() & Qt::WindowMinimized;
+  const bool zoomed = window_->windowStates() & Qt::WindowMaximized;
+  const bool minimisedChanged = std::exchange(minimised_, minimised) != minimised;
+  const bool zoomedChanged = std::exchange(zoomed_, zoomed) != zoomed;
+  const QPointer<SurfaceWindow> window(window_);
+  platform::port::SurfaceSink& reported = sink();
+  if (minimisedChanged) reported.surfaceMinimised(minimised);
+  if (zoomedChanged && window && window->sink()) reported.surfaceZoomed(zoomed);
+}
+
+void DesktopSurface::restack(bool above, Surface* sibling) {
+  auto* other = static_cast<DesktopSurface*>(sibling);
+  host_.restack(*this, above, other);
+  services_.x.flush();
+}
+
+void DesktopSurface::setParent(Surface* parent) {
+  parent_ = parent ? static_cast<DesktopSurface*>(parent)->id_ : 0;
+  services_.x.setTransientFor(id_, parent_);
+  services_.x.flush();
+}
+
+void DesktopSurface::activate() {
+  if (!state_.visible) return;
+  if (window_->windowStates() & Qt::WindowMinimized) setMinimised(false);
+  window_->requestActivate();
+  services_.x.flush();
+}
+
+void DesktopSurface::setMinimised(bool minimised) {
+  window_->setWindowStates(minimised ? window_->windowStates() | Qt::WindowMinimized
+                                     : window_->windowStates() & ~Qt::WindowMinimized);
+  services_.x.flush();
+}
+
+void DesktopSurface::setZoomed(bool zoomed) {
+  window_->setWindowStates(zoomed ? window_->windowStates() | Qt::WindowMaximized
+                                  : window_->windowStates() & ~Qt::WindowMaximized);
+  services_.x.flush();
+}
+
+bool DesktopSurface::beginMove() {
+  if (!services_.x.supports("_NET_WM_MOVERESIZE") || !window_->startSystemMove()) return false;
+  lastMoved_ = requested_;
+  restingSteps_ = 0;
+  moveTimer_.start();
+  return true;
+}
+
+/// The window manager takes the pointer during its move and tells at the end, or at each step; the server knows always.
+void DesktopSurface::followMove() {
+  const QPointer<SurfaceWindow> window(window_);
+  const bool isPressed = services_.x.pointerState() & XCB_BUTTON_MASK_1;
+  reportFrame();
+  if (!window || !window->sink()) return;
+  restingSteps_ = isPressed || requested_ != lastMoved_ ? 0 : restingSteps_ + 1;
+  lastMoved_ = requested_;
+  if (restingSteps_ < kRestingSteps) return;
+  moveTimer_.stop();
+  window->reportLeftUp();
+  if (window && window->sink()) host_.updateActive();
+}
+
+void DesktopSurface::invalidate(const platform::Rect& fromTopLeft) {
+  window_->invalidate(outward(fromTopLeft));
+}
+
+void DesktopSurface::setCursor(Cursor cursor) {
+  window_->setCursor(shapeOf(cursor));
+}
+
+void DesktopSurface::textInputChanged(bool endComposition) {
+  if (endComposition) services_.composition.end();
+  const bool enabled = sink().surfaceTextInput().has_value();
+  const bool toggled = std::exchange(textEnabled_, enabled) != enabled;
+  if (QGuiApplication::focusObject() != window_) return;
+  QGuiApplication::inputMethod()->update(Qt::ImQueryAll);
+  // Input methods learn only from a change of the focus whether there is something to type into.
+  auto* context = QGuiApplicationPrivate::platformIntegration()->inputContext();
+  if (toggled && context) context->setFocusObject(window_);
+}
+
+std::optional<platform::Bitmap> DesktopSurface::snapshot() {
+  return window_->snapshot();
+}
+
+}  // namespace desktop

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <xcb/xproto.h>
+
+#include <QTimer>
+
+#include "Backends/Desktop/SurfaceWindow.h"
+#include "Platform/Port/WindowHost.h"
+
+namespace desktop {
+
+class DesktopWindowHost;
+
+/// A window without the window manager's frame, so that a frame that is set is the frame that is shown.
+class DesktopSurface final : public platform::port::Surface {
+ public:
+  DesktopSurface(DesktopWindowHost& host, WindowServices& services, platform::port::SurfaceSink& sink,
+                 const platform::port::SurfaceState& state);
+  ~DesktopSurface() override;
+  DesktopSurface(const DesktopSurface&) = delete;
+  DesktopSurface& operator=(const DesktopSurface&) = delete;
+
+  void apply(const platform::port::SurfaceState& state) override;
+  void restack(bool above, platform::port::Surface* sibling) override;
+  void setParent(platform::port::Surface* parent) override;
+  void activate() override;
+  void setMinimised(bool minimised) override;
+  void setZoomed(bool zoomed) override;
+  bool beginMove() override;
+  void invalidate(const platform::Rect& fromTopLeft) override;
+  void setCursor(platform::port::Cursor cursor) override;
+  void textInputChanged(bool endComposition) override;
+  std::optional<platform::Bitmap> snapshot() override;
+  std::uint64_t nativeHandle() const override { return id_; }
+
+  SurfaceWindow& window() { return *window_; }
+  xcb_window_t id() const { return id_; }
+  platform::port::SurfaceSink& sink() { return *window_->sink(); }
+  bool isMoving() const { return moveTimer_.isActive(); }
+
+  /// The toolkit says that the window was moved or resized.
+  void geometryChanged();
+  /// The toolkit says that the window was minimised, zoomed or restored.
+  void stateChanged();
+  /// Compares with what the server says, and reports a difference.
+  void reportFrame();
+
+ private:
+  void applyFrame();
+  void applyLimits();
+  void show();
+  void showStates();
+  std::optional<QRect> shownFrame() const;
+  void settle();
+  void followMove();
+
+  DesktopWindowHost& host_;
+  WindowServices& services_;
+  SurfaceWindow* window_;  ///< owned until `detach`, then by the toolkit
+  xcb_window_t id_ = 0;
+  xcb_window_t parent_ = 0;
+  platform::port::SurfaceState state_;
+  QRect requested_;
+  QTimer settleTimer_;
+  QTimer moveTimer_;
+  QRect lastMoved_;
+  int restingSteps_ = 0;
+  bool minimised_ = false;
+  bool zoomed_ = false;
+  bool textEnabled_ = false;
+};
+
+}  // namespace desktop

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QScreen>
+#include <QTimer>
+#include <vector>
+
+#include "Backends/Desktop/WindowServices.h"
+#include "Platform/Port/WindowHost.h"
+
+class QWindow;
+
+namespace desktop {
+
+class DesktopSurface;
+
+class DesktopWindowHost final : public platform::port::WindowHost {
+ public:
+  /// `identifier`: the desktop file's name without its suffix.
+  explicit DesktopWindowHost(std::string identifier);
+  ~DesktopWindowHost() override;
+  DesktopWindowHost(const DesktopWindowHost&) = delete;
+  DesktopWindowHost& operator=(const DesktopWindowHost&) = delete;
+
+  std::unique_ptr<platform::port::Surface> makeSurface(platform::port::SurfaceSink& sink,
+                                                       const platform::port::SurfaceState& state) override;
+  std::vector<platform::port::ScreenInfo> screens() const override;
+  void setScreensChanged(std::function<void()> changed) override { screensChanged_ = std::move(changed); }
+  platform::Point pointerLocation() const override;
+
+  void add(DesktopSurface& surface) { surfaces_.push_back(&surface); }
+  void remove(DesktopSurface& surface);
+  /// Puts `surface` directly above or below `sibling` (null: all).
+  void restack(DesktopSurface& surface, bool above, DesktopSurface* sibling);
+  /// Reports which surface has the focus now, if that is news. The one that gets it hears before the one that lost it,
+  /// so that the application doesn't seem to resign in between.
+  void updateActive();
+
+ private:
+  DesktopSurface* find(xcb_window_t window) const;
+  bool exists(const DesktopSurface* surface) const;
+  void raiseInOrder(DesktopSurface& surface, bool above, const DesktopSurface* sibling);
+  void watchScreen(QScreen* screen);
+  void reportScreens();
+
+  WindowServices services_;
+  std::vector<DesktopSurface*> surfaces_;
+  DesktopSurface* active_ = nullptr;
+  QObject context_;
+  QTimer screensTimer_;
+  std::function<void()> screensChanged_;
+};
+
+}  // namespace desktop

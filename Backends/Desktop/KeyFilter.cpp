@@ -1,0 +1,221 @@
+#include "Backends/Desktop/KeyFilter.h"
+
+#include <private/qguiapplication_p.h>
+#include <qpa/qplatforminputcontext.h>
+#include <qpa/qplatformintegration.h>
+#include <qpa/qwindowsysteminterface.h>
+
+#include <QApplication>
+#include <QDBusPendingCallWatcher>
+#include <QKeyEvent>
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "Backends/Desktop/KeyMap.h"
+
+namespace desktop {
+
+using platform::port::KeyDisposition;
+using platform::port::KeyInput;
+using platform::port::SurfaceSink;
+
+namespace {
+
+constexpr std::uint8_t kSentByClient = 0x80;
+
+bool sameKey(const xcb_key_press_event_t& a, const xcb_key_press_event_t& b) {
+  return a.detail == b.detail && a.time == b.time;
+}
+
+QPlatformInputContext* inputContext() {
+  return QGuiApplicationPrivate::platformIntegration()->inputContext();
+}
+
+}  // namespace
+
+KeyFilter::KeyFilter(XServer& x, Finder finder) : x_(x), keyboard_(x), finder_(std::move(finder)) {
+  patience_.setSingleShot(true);
+  QObject::connect(&patience_, &QTimer::timeout, &context_, [this] {
+    unanswered_ = true;
+    giveBack();
+  });
+  QCoreApplication::instance()->installNativeEventFilter(this);
+}
+
+KeyFilter::~KeyFilter() {
+  if (QCoreApplication::instance()) QCoreApplication::instance()->removeNativeEventFilter(this);
+}
+
+bool KeyFilter::nativeEventFilter(const QByteArray& type, void* message, qintptr*) {
+  if (type != "xcb_generic_event_t") return false;
+  const auto& event = *static_cast<const xcb_generic_event_t*>(message);
+  switch (event.response_type & ~kSentByClient) {
+    case XCB_KEY_PRESS:
+      return filterPress(*reinterpret_cast<const KeyEvent*>(message));
+    case XCB_KEY_RELEASE:
+      filterRelease(*reinterpret_cast<const KeyEvent*>(message));
+      return false;
+    case XCB_MAPPING_NOTIFY:
+      keyboard_.refresh();
+      return false;
+    default:
+      return false;
+  }
+}
+
+bool KeyFilter::filterPress(const KeyEvent& event) {
+  if (QApplication::activePopupWidget() || !finder_(event.event)) return false;
+  const bool sent = event.response_type & kSentByClient;
+  if (sent && returning_ && flight_ && sameKey(event, *flight_)) {
+    returning_ = false;
+    beginFlight(event);
+    return false;
+  }
+  // An input method of the old kind sends a key it leaves back to us.
+  if (sent && event.time != 0 && last_ && sameKey(event, *last_)) return false;
+  last_ = event;
+  const bool repeated = isRepeat(event);
+  // What the user did before the key is reported before it.
+  QWindowSystemInterface::sendWindowSystemEvents(QEventLoop::AllEvents);
+  if (flight_ || !held_.empty()) {
+    held_.push_back({event, repeated});
+    return true;
+  }
+  if (!report(event, repeated)) return true;
+  beginFlight(event);
+  return false;
+}
+
+void KeyFilter::filterRelease(const KeyEvent& event) {
+  if (QApplication::activePopupWidget() || !finder_(event.event)) return;
+  flushRelease();
+  release_ = event;
+  QTimer::singleShot(0, &context_, [this] { flushRelease(); });
+}
+
+bool KeyFilter::isRepeat(const KeyEvent& event) {
+  if (release_ && sameKey(*release_, event)) {
+    release_.reset();
+    return true;
+  }
+  flushRelease();
+  return false;
+}
+
+void KeyFilter::flushRelease() {
+  if (!release_) return;
+  const KeyEvent event = *std::exchange(release_, std::nullopt);
+  if (flight_ || !held_.empty())
+    held_.push_back({event, false});
+  else
+    report(event, false);
+}
+
+bool KeyFilter::report(const KeyEvent& event, bool repeated) {
+  const bool down = (event.response_type & ~kSentByClient) == XCB_KEY_PRESS;
+  auto input = keyboard_.input(event.detail, event.state, down);
+  SurfaceSink* sink = finder_(event.event);
+  if (!input || !sink) return down && sink;
+  input->repeated = repeated;
+  input->time = std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+  if (sink->surfaceKey(*input) == KeyDisposition::handled || !down) return false;
+  if (!unanswered_) return true;
+  if (SurfaceSink* still = finder_(event.event)) still->surfaceKeyAfterInputMethod(*input);
+  return false;
+}
+
+void KeyFilter::beginFlight(const KeyEvent& event) {
+  flight_ = event;
+  patience_.start(kPatience);
+  // The toolkit hands the key to the input method as soon as this filter returns.
+  QTimer::singleShot(0, &context_, [this] { lookForAnswer(); });
+}
+
+void KeyFilter::lookForAnswer() {
+  if (!flight_ || returning_) return;
+  bool isWaiting = false;
+  if (QPlatformInputContext* input = inputContext()) {
+    for (auto* call : input->findChildren<QDBusPendingCallWatcher*>()) {
+      if (call->isFinished() || !watched_.insert(call).second) continue;
+      isWaiting = true;
+      QObject::connect(call, &QDBusPendingCallWatcher::finished, &context_, [this](QDBusPendingCallWatcher* done) {
+        if (done->isError() && flight_) giveBack();
+      });
+      QObject::connect(call, &QObject::destroyed, &context_, [this](QObject* gone) {
+        watched_.erase(gone);
+        unanswered_ = false;
+        endFlight();
+      });
+    }
+  }
+  // Answered on the spot: taken without a word, or a key event that has been delivered by now.
+  if (!isWaiting) endFlight();
+}
+
+void KeyFilter::endFlight() {
+  if (!flight_ || returning_) return;
+  // A key that was left may still wait in the toolkit's queue; it is reported before the next one.
+  QWindowSystemInterface::sendWindowSystemEvents(QEventLoop::AllEvents);
+  if (!flight_ || returning_) return;
+  flight_.reset();
+  patience_.stop();
+  resume();
+}
+
+/// The input method is gone or silent: the key does what it would do without one.
+void KeyFilter::giveBack() {
+  if (!flight_) return;
+  const KeyEvent event = *std::exchange(flight_, std::nullopt);
+  returning_ = false;
+  patience_.stop();
+  givenBack_.push_back(event);
+  if (givenBack_.size() > kRemembered) givenBack_.pop_front();
+  const auto input = keyboard_.input(event.detail, event.state, true);
+  SurfaceSink* sink = finder_(event.event);
+  if (input && sink) sink->surfaceKeyAfterInputMethod(*input);
+  resume();
+}
+
+void KeyFilter::resume() {
+  while (!flight_ && !held_.empty()) {
+    const Held next = held_.front();
+    held_.pop_front();
+    if (!report(next.event, next.repeated)) continue;
+    // Back to the toolkit by way of the server, in the state in which it came.
+    flight_ = next.event;
+    returning_ = true;
+    patience_.start(kPatience);
+    xcb_send_event(x_.connection(), 0, next.event.event, XCB_EVENT_MASK_NO_EVENT,
+                   reinterpret_cast<const char*>(&next.event));
+    x_.flush();
+  }
+}
+
+std::optional<KeyInput> KeyFilter::afterInputMethod(const QKeyEvent& event) {
+  auto keycode = static_cast<std::uint8_t>(event.nativeScanCode());
+  const auto reported = std::find_if(givenBack_.begin(), givenBack_.end(), [&](const KeyEvent& key) {
+    return key.detail == keycode && key.time == event.timestamp();
+  });
+  if (reported != givenBack_.end()) {
+    givenBack_.erase(reported);
+    return std::nullopt;
+  }
+  if (keycode == 0) keycode = keyboard_.keycodeOf(event.nativeVirtualKey());
+  auto input = keyboard_.input(keycode, static_cast<std::uint16_t>(event.nativeModifiers()), true);
+  if (!input) return std::nullopt;
+  const QString text = event.text();
+  if (!text.isEmpty() && text.front().isPrint()) input->characters = text.toStdString();
+  input->repeated = event.isAutoRepeat();
+  return input;
+}
+
+void KeyFilter::keyReported() {
+  if (watched_.empty() && flight_ && !returning_) {
+    flight_.reset();
+    patience_.stop();
+    resume();
+  }
+}
+
+}  // namespace desktop

@@ -1,0 +1,146 @@
+#include "Backends/Desktop/XServer.h"
+
+#include <QtGui/qguiapplication_platform.h>
+#include <QGuiApplication>
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+
+namespace desktop {
+
+namespace {
+
+template <class T>
+struct Freed {
+  void operator()(T* reply) const { std::free(reply); }
+};
+
+/// A reply of the server, freed with it; null after an error.
+template <class T>
+using Reply = std::unique_ptr<T, Freed<T>>;
+
+template <class T>
+Reply<T> owned(T* reply) {
+  return Reply<T>(reply);
+}
+
+constexpr std::uint32_t kFromApplication = 1;
+constexpr std::uint32_t kFromPager = 2;
+constexpr std::uint32_t kLongestProperty = 1 << 16;
+
+}  // namespace
+
+XServer::XServer() {
+  const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+  if (!x11) throw std::runtime_error("the desktop back end needs an X server (under Wayland: XWayland)");
+  connection_ = x11->connection();
+  root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
+}
+
+xcb_atom_t XServer::atom(const std::string& name) {
+  if (const auto known = atoms_.find(name); known != atoms_.end()) return known->second;
+  const auto cookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data());
+  const auto reply = owned(xcb_intern_atom_reply(connection_, cookie, nullptr));
+  return atoms_[name] = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
+
+std::vector<std::uint32_t> XServer::property(xcb_window_t window, const std::string& name, xcb_atom_t type) {
+  const auto cookie = xcb_get_property(connection_, 0, window, atom(name), type, 0, kLongestProperty);
+  const auto reply = owned(xcb_get_property_reply(connection_, cookie, nullptr));
+  if (!reply || reply->format != 32) return {};
+  const auto* values = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
+  return {values, values + reply->value_len};
+}
+
+bool XServer::hasWindowManager() {
+  const auto check = property(root_, "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW);
+  // The property outlives its writer; a window manager that runs answers for its own window too.
+  return !check.empty() && property(check.front(), "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW) == check;
+}
+
+bool XServer::supports(const std::string& hint) {
+  if (!hasWindowManager()) return false;
+  const auto supported = property(root_, "_NET_SUPPORTED", XCB_ATOM_ATOM);
+  return std::find(supported.begin(), supported.end(), atom(hint)) != supported.end();
+}
+
+bool XServer::hasCompositor() {
+  const auto cookie = xcb_get_selection_owner(connection_, atom("_NET_WM_CM_S" + std::to_string(screen_)));
+  const auto reply = owned(xcb_get_selection_owner_reply(connection_, cookie, nullptr));
+  return reply && reply->owner != XCB_WINDOW_NONE;
+}
+
+void XServer::sendToRoot(xcb_window_t window, const std::string& message, const std::uint32_t (&data)[5]) {
+  xcb_client_message_event_t event{};
+  event.response_type = XCB_CLIENT_MESSAGE;
+  event.format = 32;
+  event.window = window;
+  event.type = atom(message);
+  std::copy(std::begin(data), std::end(data), event.data.data32);
+  xcb_send_event(connection_, 0, root_, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                 reinterpret_cast<const char*>(&event));
+}
+
+void XServer::changeState(xcb_window_t window, const std::string& state, bool on) {
+  sendToRoot(window, "_NET_WM_STATE", {on ? 1U : 0U, atom(state), 0, kFromApplication, 0});
+}
+
+bool XServer::restack(xcb_window_t window, bool above, xcb_window_t sibling) {
+  const std::uint32_t mode = above ? XCB_STACK_MODE_ABOVE : XCB_STACK_MODE_BELOW;
+  if (!hasWindowManager()) {
+    const std::uint32_t values[] = {sibling, mode};
+    const std::uint32_t only[] = {mode};
+    const std::uint16_t mask = XCB_CONFIG_WINDOW_STACK_MODE | (sibling ? XCB_CONFIG_WINDOW_SIBLING : 0);
+    xcb_configure_window(connection_, window, mask, sibling ? values : only);
+    return true;
+  }
+  if (!supports("_NET_RESTACK_WINDOW")) return false;
+  sendToRoot(window, "_NET_RESTACK_WINDOW", {kFromPager, sibling, mode, 0, 0});
+  return true;
+}
+
+std::vector<xcb_window_t> XServer::stacking() {
+  return property(root_, "_NET_CLIENT_LIST_STACKING", XCB_ATOM_WINDOW);
+}
+
+void XServer::setTransientFor(xcb_window_t window, xcb_window_t parent) {
+  if (parent)
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 32, 1,
+                        &parent);
+  else
+    xcb_delete_property(connection_, window, XCB_ATOM_WM_TRANSIENT_FOR);
+}
+
+void XServer::setClass(xcb_window_t window, const std::string& name) {
+  // Instance and class, each with its terminator.
+  const std::string both = name + '\0' + name + '\0';
+  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
+                      static_cast<std::uint32_t>(both.size()), both.data());
+}
+
+void XServer::setFunctions(xcb_window_t window, bool resizable, bool minimisable) {
+  constexpr std::uint32_t kHasFunctions = 1, kHasDecorations = 2;
+  constexpr std::uint32_t kResize = 2, kMove = 4, kMinimise = 8, kMaximise = 16, kClose = 32;
+  const std::uint32_t functions =
+      kMove | kClose | (resizable ? kResize | kMaximise : 0U) | (minimisable ? kMinimise : 0U);
+  const std::uint32_t hints[] = {kHasFunctions | kHasDecorations, functions, 0, 0, 0};
+  const xcb_atom_t name = atom("_MOTIF_WM_HINTS");
+  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, name, name, 32, 5, hints);
+}
+
+std::optional<QRect> XServer::geometry(xcb_window_t window) {
+  const auto sizeCookie = xcb_get_geometry(connection_, window);
+  const auto placeCookie = xcb_translate_coordinates(connection_, window, root_, 0, 0);
+  const auto size = owned(xcb_get_geometry_reply(connection_, sizeCookie, nullptr));
+  const auto place = owned(xcb_translate_coordinates_reply(connection_, placeCookie, nullptr));
+  if (!size || !place) return std::nullopt;
+  return QRect(place->dst_x, place->dst_y, size->width, size->height);
+}
+
+std::uint16_t XServer::pointerState() {
+  const auto reply = owned(xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, root_), nullptr));
+  return reply ? reply->mask : std::uint16_t{0};
+}
+
+}  // namespace desktop

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <QRect>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace desktop {
+
+/// What the toolkit doesn't say to the X server and the window manager, in its own connection so that all stays in
+/// order. Names are those of the EWMH and ICCCM. Main thread.
+class XServer {
+ public:
+  /// The toolkit's connection must stand.
+  XServer();
+
+  xcb_connection_t* connection() const { return connection_; }
+  void flush() { xcb_flush(connection_); }
+  xcb_atom_t atom(const std::string& name);
+
+  bool hasWindowManager();
+  /// Whether the running window manager lists `hint` in _NET_SUPPORTED.
+  bool supports(const std::string& hint);
+  bool hasCompositor();
+
+  /// Adds or removes a _NET_WM_STATE of a mapped window.
+  void changeState(xcb_window_t window, const std::string& state, bool on);
+  /// Puts the window directly above or below `sibling` (0: all), by a request to the window manager where it takes one.
+  /// False when this window manager knows no such request.
+  bool restack(xcb_window_t window, bool above, xcb_window_t sibling);
+  /// Managed windows from the lowest to the highest, as the window manager tells.
+  std::vector<xcb_window_t> stacking();
+  void setTransientFor(xcb_window_t window, xcb_window_t parent);
+  void setClass(xcb_window_t window, const std::string& name);
+  /// Which of moving, resizing, minimising, maximising and closing the window manager may offer; no decorations.
+  void setFunctions(xcb_window_t window, bool resizable, bool minimisable);
+
+  /// Where the window really is, in pixels of the root window; nothing for a window that is gone.
+  std::optional<QRect> geometry(xcb_window_t window);
+  /// Buttons and modifiers that are down now, as the core protocol's state mask.
+  std::uint16_t pointerState();
+
+ private:
+  std::vector<std::uint32_t> property(xcb_window_t window, const std::string& name, xcb_atom_t type);
+  void sendToRoot(xcb_window_t window, const std::string& message, const std::uint32_t (&data)[5]);
+
+  xcb_connection_t* connection_;
+  xcb_window_t root_;
+  int screen_ = 0;
+  std::map<std::string, xcb_atom_t> atoms_;
+};
+
+}  // namespace desktop
