@@ -38,8 +38,8 @@ bool Class::replaceMethod(Selector selector, Method method) {
 bool Class::exchange(Selector original, Selector replacement) {
   const Method before = instanceMethod(original);
   const Method after = instanceMethod(replacement);
-  if (!before || !after || before.encoding() != after.encoding()) return false;
-  if (!addMethod(original, after)) methods_.insert_or_assign(original, after);
+  if (original == replacement || !before || !after || before.encoding() != after.encoding()) return false;
+  methods_.insert_or_assign(original, after);
   methods_.insert_or_assign(replacement, before);
   return true;
 }

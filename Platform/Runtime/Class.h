@@ -99,9 +99,9 @@ class PLATFORM_EXPORT Class {
     return replaceMethod(message.selector, Method(std::in_place_type<Signature>, std::move(body)));
   }
 
-  /// Exchanges two instance methods: nothing when either is missing or their encodings differ. When `original` is only
-  /// inherited, the class gets an own method with the replacement's implementation and the replacement gets the
-  /// inherited one; otherwise both trade. True when something changed.
+  /// Exchanges two instance methods, so that the replacement's name reaches what stood under the original's: nothing
+  /// when either is missing or their encodings differ. One that is only inherited is first given to this class as its
+  /// own: the superclass, and what else derives from it, keeps its methods. True when something changed.
   bool exchange(Selector original, Selector replacement);
   /// The compiler refuses two messages of different signatures.
   template <class Signature>
