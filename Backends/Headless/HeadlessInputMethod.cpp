@@ -16,6 +16,7 @@ void HeadlessInputMethod::compose(const std::u16string& text, std::optional<std:
   auto* const sink = target();
   if (!sink) return;
   preedit_ = text;
+  composedOn_ = windows_.active();
   sink->surfaceMarkedText(text, caret.value_or(text.size()));
 }
 
@@ -36,7 +37,9 @@ std::optional<platform::port::TextInputState> HeadlessInputMethod::textInput() c
 }
 
 void HeadlessInputMethod::textInputChanged(HeadlessSurface& surface, bool endComposition) {
-  if (!endComposition || &surface != windows_.active()) return;
+  // A window that loses the keyboard ends its composition when the next surface is active already.
+  if (!endComposition || (&surface != windows_.active() && &surface != composedOn_)) return;
+  composedOn_ = nullptr;
   preedit_.clear();
   ++resetCount_;
 }

@@ -46,6 +46,7 @@ class HeadlessInputMethod {
   Journal& journal_;
   Filter filter_;
   std::u16string preedit_;
+  const HeadlessSurface* composedOn_ = nullptr;  ///< an identity: the surface may have gone
   int resetCount_ = 0;
 };
 
