@@ -10,9 +10,10 @@
 
 namespace platform {
 
-/// A view that text can be typed into, as its window sees it. A window asks its first responder with `dynamic_cast`; what an
-/// input method makes goes here, and a window without such a first responder drops it. Offsets are UTF-16 units. Every call
-/// may end with the view, the window or the focus gone, so a caller touches nothing of theirs afterwards. Main thread.
+/// A view that text can be typed into, as its window sees it. A window asks its first responder with `dynamic_cast`;
+/// what an input method makes goes here, and a window without such a first responder drops it. Offsets are UTF-16
+/// units. Every call may end with the view, the window or the focus gone, so a caller touches nothing of theirs
+/// afterwards. Main thread.
 class PLATFORM_EXPORT NSTextInputClient {
  public:
   virtual ~NSTextInputClient() = default;
