@@ -2,6 +2,7 @@
 
 #include <unicode/ubrk.h>
 #include <unicode/ustring.h>
+#include <unicode/utf16.h>
 
 #include <algorithm>
 #include <memory>
@@ -25,7 +26,8 @@ std::int32_t lengthOf(std::size_t length) {
 /// A break iterator set to a text. Opening one is slow, so each thread keeps one of a kind.
 class Breaks {
  public:
-  Breaks(UBreakIteratorType type, std::u16string_view text) : iterator_(shared(type)), size_(lengthOf(text.size())) {
+  Breaks(UBreakIteratorType type, std::u16string_view text)
+      : iterator_(shared(type)), text_(text), size_(lengthOf(text.size())) {
     UErrorCode status = U_ZERO_ERROR;
     ubrk_setText(iterator_, text.data(), size_, &status);
     require(status, "ubrk_setText");
@@ -42,6 +44,8 @@ class Breaks {
     return static_cast<std::size_t>(found == UBRK_DONE ? size_ : found);
   }
   std::size_t preceding(std::size_t at) const {
+    // Between the halves of a surrogate pair ICU would look before the pair, not at it.
+    if (at > 0 && at < text_.size() && U16_IS_LEAD(text_[at - 1]) && U16_IS_TRAIL(text_[at])) ++at;
     return static_cast<std::size_t>(std::max(0, ubrk_preceding(iterator_, static_cast<std::int32_t>(at))));
   }
   bool isBoundary(std::size_t at) const { return ubrk_isBoundary(iterator_, static_cast<std::int32_t>(at)); }
@@ -64,6 +68,7 @@ class Breaks {
   }
 
   UBreakIterator* iterator_;
+  std::u16string_view text_;
   std::int32_t size_;
 };
 
