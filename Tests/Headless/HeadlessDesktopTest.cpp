@@ -190,7 +190,8 @@ TEST_F(HeadlessDesktop, TheMachineMovesAWindowWithThePointer) {
     user_.moveTo({50, 50});
     settled();
     a.onPointer = [&](const auto& input) {
-      if (input.action == PointerAction::leftDown) EXPECT_EQ(a.surface->beginMove(), !row.unsupported);
+      if (input.action != PointerAction::leftDown) return;
+      EXPECT_EQ(a.surface->beginMove(), !row.unsupported);
     };
     user_.together([&] {
       user_.press();

@@ -21,7 +21,8 @@ std::shared_ptr<const platform::port::TextLayout> layout(const std::u16string& t
 
 std::vector<std::u16string> linesOf(const std::u16string& text, const TextOptions& options) {
   std::vector<std::u16string> lines;
-  for (const auto& line : layout(text, options)->lines()) lines.push_back(text.substr(line.start, line.length));
+  const auto laidOut = layout(text, options);
+  for (const auto& line : laidOut->lines()) lines.push_back(text.substr(line.start, line.length));
   return lines;
 }
 
