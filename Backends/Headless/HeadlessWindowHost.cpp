@@ -95,20 +95,29 @@ void HeadlessWindowHost::holdReports(bool hold) {
 }
 
 void HeadlessWindowHost::report(const HeadlessSurface& surface, Report what) {
-  auto delivery = [weak = std::weak_ptr(surface.self_), what = std::move(what)] {
+  report([weak = std::weak_ptr(surface.self_), what = std::move(what)] {
     if (const auto alive = weak.lock()) what((*alive)->sink_);
-  };
+  });
+}
+
+void HeadlessWindowHost::report(std::function<void()> delivery) {
   if (holding_)
     held_.push_back(std::move(delivery));
   else
     loop_.deliver(std::move(delivery));
 }
 
+// One delivery: between losing and getting the focus the application does nothing else.
 void HeadlessWindowHost::moveActivation(HeadlessSurface* to) {
   if (active_ == to) return;
   HeadlessSurface* const from = std::exchange(active_, to);
-  if (from) report(*from, [](SurfaceSink& sink) { sink.surfaceActivated(false); });
-  if (to) report(*to, [](SurfaceSink& sink) { sink.surfaceActivated(true); });
+  const auto weak = [](HeadlessSurface* surface) {
+    return surface ? std::weak_ptr(surface->self_) : std::weak_ptr<HeadlessSurface*>();
+  };
+  report([lost = weak(from), got = weak(to)] {
+    if (const auto alive = lost.lock()) (*alive)->sink_.surfaceActivated(false);
+    if (const auto alive = got.lock()) (*alive)->sink_.surfaceActivated(true);
+  });
 }
 
 void HeadlessWindowHost::activateByPress(HeadlessSurface& surface) {

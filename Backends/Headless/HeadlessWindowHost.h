@@ -57,6 +57,7 @@ class HeadlessWindowHost final : public platform::port::WindowHost {
   friend class HeadlessBackend;
   using Report = std::function<void(platform::port::SurfaceSink&)>;
   void report(const HeadlessSurface& surface, Report what);
+  void report(std::function<void()> delivery);
   void moveActivation(HeadlessSurface* to);
   void activateByPress(HeadlessSurface& surface);
   bool paintDirty();

@@ -13,7 +13,10 @@ std::int64_t NSApplication::addWindow(const std::shared_ptr<NSWindow>& window) {
 
 void NSApplication::forgetWindow(NSWindow& window) {
   removeFromOrder(window);
-  if (activeSurface_ == &window) activeSurface_ = nullptr;
+  if (activeSurface_ == &window) {
+    activeSurface_ = nullptr;
+    resignDue_ = true;
+  }
   if (pendingSurface_ == &window) pendingSurface_ = nullptr;
   windows_.erase(window.windowNumber());
 }
@@ -63,7 +66,7 @@ void NSApplication::placeFamily(NSWindow& window, WindowOrdering place, NSWindow
     ordered_.insert(insertionPoint(level, place, relative), first, last);
     first = last;
   }
-  restackSurfaces(family);
+  restackSurfaces(family, place, relative);
 }
 
 std::vector<NSWindow*>::iterator NSApplication::insertionPoint(int level, WindowOrdering place,
@@ -77,15 +80,16 @@ std::vector<NSWindow*>::iterator NSApplication::insertionPoint(int level, Window
   return place == WindowOrdering::below ? sibling + 1 : sibling;
 }
 
-void NSApplication::restackSurfaces(const std::vector<NSWindow*>& moved) {
-  for (std::size_t i = 0; i < ordered_.size(); ++i) {
-    NSWindow& window = *ordered_[i];
-    if (!window.surface_ || std::find(moved.begin(), moved.end(), &window) == moved.end()) continue;
-    if (i == 0)
-      window.surface_->restack(true, nullptr);
-    else
-      window.surface_->restack(false, ordered_[i - 1]->surface_.get());
-  }
+// The root takes its place first, since a machine may take along what belongs to it; the others line up from there.
+void NSApplication::restackSurfaces(const std::vector<NSWindow*>& family, WindowOrdering place, NSWindow* relative) {
+  if (family.empty()) return;
+  const auto base = std::find_if(family.begin(), family.end(), [](const NSWindow* each) { return !each->parent_; });
+  const auto root = base == family.end() ? family.end() - 1 : base;
+  const bool sameLevel = relative && relative->effectiveLevel() == (*root)->effectiveLevel();
+  (*root)->surface_->restack(place != WindowOrdering::below, sameLevel ? relative->surface_.get() : nullptr);
+  for (auto each = root; each != family.begin(); --each) (*(each - 1))->surface_->restack(true, (*each)->surface_.get());
+  for (auto each = root; each + 1 != family.end(); ++each)
+    (*(each + 1))->surface_->restack(false, (*each)->surface_.get());
 }
 
 void NSApplication::needsLayout(std::weak_ptr<NSWindow> window) {

@@ -117,7 +117,7 @@ class PLATFORM_EXPORT NSApplication {
   /// Stacks a window's whole family (parents and children) by the window's new place.
   void placeFamily(NSWindow& window, WindowOrdering place, NSWindow* relative);
   std::vector<NSWindow*>::iterator insertionPoint(int level, WindowOrdering place, const NSWindow* relative);
-  void restackSurfaces(const std::vector<NSWindow*>& moved);
+  void restackSurfaces(const std::vector<NSWindow*>& family, WindowOrdering place, NSWindow* relative);
   void needsLayout(std::weak_ptr<NSWindow> window);
 
   // Key, main and active (NSApplication+Focus.cpp).

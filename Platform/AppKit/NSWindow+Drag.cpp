@@ -12,12 +12,18 @@ constexpr std::uint64_t kDragMask = eventMask(EventType::leftMouseDragged) | eve
 
 }  // namespace
 
+// Nobody releases the button over a window that is gone from the screen.
+std::function<bool()> NSWindow::hasLeftScreen() const {
+  return [this, wasVisible = visible_] { return closed_ || (wasVisible && !visible_); };
+}
+
 void NSWindow::trackEvents(std::uint64_t mask, double deadline,
                            const std::function<void(const EventPointer&, bool& stop)>& handler) {
   const auto alive = self();
   NSApplication& application = NSApplication::shared();
+  const auto left = hasLeftScreen();
   for (bool stop = false; !stop;) {
-    const EventPointer event = application.takeEvent(mask, deadline, [this] { return closed_; });
+    const EventPointer event = application.takeEvent(mask, deadline, left);
     const std::uint64_t drags = dragsEnded_;
     handler(event, stop);
     if (!event) return;
@@ -34,14 +40,15 @@ void NSWindow::performDrag(const EventPointer& event) {
   const bool fromPress =
       event && (event->type == EventType::leftMouseDown || event->type == EventType::leftMouseDragged);
   if (closed_ || !movable_ || !fromPress) return;
+  const auto left = hasLeftScreen();
   tell(&NSWindowDelegate::windowWillMove);
-  if (closed_) return;
+  if (left() || !movable_) return;
   // The machine moves a window without its children.
   const bool movedByMachine = children_.empty() && surface_ && surface_->beginMove();
-  moveByModel(event, movedByMachine);
+  moveByModel(event, movedByMachine, left);
 }
 
-void NSWindow::moveByModel(const EventPointer& event, bool movedByMachine) {
+void NSWindow::moveByModel(const EventPointer& event, bool movedByMachine, const std::function<bool()>& left) {
   struct Change {
     int& depth;
     explicit Change(int& changes) : depth(changes) { ++depth; }
@@ -57,8 +64,7 @@ void NSWindow::moveByModel(const EventPointer& event, bool movedByMachine) {
     std::optional<Change> change;
     if (!movedByMachine) change.emplace(userChangesFrame_);
     while (!release) {
-      const EventPointer next =
-          application.takeEvent(kDragMask, std::numeric_limits<double>::infinity(), [this] { return closed_; });
+      const EventPointer next = application.takeEvent(kDragMask, std::numeric_limits<double>::infinity(), left);
       if (!next) break;
       if (!movedByMachine) setFrameOrigin(onScreen(*next) - grip);
       if (next->type == EventType::leftMouseUp) release = next;

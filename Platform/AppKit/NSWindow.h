@@ -177,8 +177,8 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   void sendEvent(const EventPointer& event);
   bool performKeyEquivalent(const EventPointer& event) override;
   /// Takes events of the mask from the application's queue (waiting until `deadline`, run-loop time) and hands each to
-  /// `handler`, null when the deadline passed, the window closed, or a window drag ended the press. `handler` sets
-  /// `stop`.
+  /// `handler`, null when the deadline passed, the window closed or was hidden, or a window drag ended the press.
+  /// `handler` sets `stop`.
   void trackEvents(std::uint64_t mask, double deadline,
                    const std::function<void(const EventPointer&, bool& stop)>& handler);
   /// Moves the window with the pointer until the button is released. The delegate hears `windowWillMove` first. Only
@@ -251,7 +251,8 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   void hoverLeft(const EventPointer& event);
   bool takeActivatingClick(const EventPointer& event);
   std::shared_ptr<NSView> viewAt(Point inWindow);
-  void moveByModel(const EventPointer& event, bool movedByMachine);
+  std::function<bool()> hasLeftScreen() const;
+  void moveByModel(const EventPointer& event, bool movedByMachine, const std::function<bool()>& left);
 
   void surfacePaint(port::Canvas& canvas, const Rect& dirtyFromTopLeft) override;
   void surfaceFrameChanged(const Rect& frame) override;

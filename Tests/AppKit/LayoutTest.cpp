@@ -1,0 +1,161 @@
+#include "Platform/AppKit/NSLayoutConstraint.h"
+#include "Platform/Foundation/Log.h"
+#include "Tests/AppKit/AppKitTest.h"
+
+namespace platform {
+namespace {
+
+using Attribute = LayoutAttribute;
+
+class SizedView : public NSView {
+ public:
+  std::optional<Size> intrinsicContentSize() const override { return Size{40, 20}; }
+};
+
+/// A container of 400 x 300 with two subviews; the constraints of a row; expected frames from the top left.
+class LayoutTest : public AppKitTest {
+ public:
+  std::shared_ptr<NSView> container = std::make_shared<NSView>(Rect{0, 0, 400, 300});
+  std::shared_ptr<NSView> a, b;
+  std::vector<std::shared_ptr<NSLayoutConstraint>> constraints;
+  std::vector<std::string> logged;
+
+  void SetUp() override {
+    setLogSink([this](const std::string& line) { logged.push_back(line); });
+  }
+  void TearDown() override { setLogSink(nullptr); }
+
+  void startAnew() {
+    container = std::make_shared<NSView>(Rect{0, 0, 400, 300});
+    a = std::make_shared<SizedView>();
+    b = std::make_shared<NSView>(Rect{7, 8, 9, 10});
+    for (const auto& view : {a, b}) {
+      view->setTranslatesAutoresizingMaskIntoConstraints(false);
+      container->addSubview(view);
+    }
+    constraints.clear();
+    logged.clear();
+  }
+  NSLayoutConstraint& pin(const std::shared_ptr<NSView>& first, Attribute firstAttribute,
+                          const std::shared_ptr<NSView>& second, Attribute secondAttribute, double constant = 0,
+                          double multiplier = 1) {
+    constraints.push_back(
+        NSLayoutConstraint::make(first, firstAttribute, second, secondAttribute, multiplier, constant));
+    constraints.back()->setActive(true);
+    return *constraints.back();
+  }
+  Rect fromTopLeft(const NSView& view) const {
+    const Rect frame = view.frame();
+    return {frame.x, container->frame().height - frame.maxY(), frame.width, frame.height};
+  }
+};
+
+TEST_F(LayoutTest, solvesByPropagation) {
+  struct Row {
+    const char* name;
+    std::function<void(LayoutTest&)> constrain;
+    Rect a;
+    std::size_t contradictions = 0;
+  };
+  const Row rows[] = {
+      {"edges of the container",
+       [](LayoutTest& t) {
+         t.pin(t.a, Attribute::left, t.container, Attribute::left, 10);
+         t.pin(t.a, Attribute::right, t.container, Attribute::right, -20);
+         t.pin(t.a, Attribute::top, t.container, Attribute::top, 5);
+         t.pin(t.a, Attribute::height, nullptr, Attribute::none, 50);
+       },
+       {10, 5, 370, 50}},
+      {"the container's edges first, as an input is placed over a window",
+       [](LayoutTest& t) {
+         t.pin(t.a, Attribute::height, nullptr, Attribute::none, 40);
+         t.pin(t.container, Attribute::bottom, t.a, Attribute::bottom, 30);
+         t.pin(t.container, Attribute::trailing, t.a, Attribute::trailing, 25);
+         t.pin(t.container, Attribute::leading, t.a, Attribute::leading, -15);
+       },
+       {15, 230, 360, 40}},
+      {"centred with its own size",
+       [](LayoutTest& t) {
+         t.pin(t.a, Attribute::centerX, t.container, Attribute::centerX);
+         t.pin(t.a, Attribute::centerY, t.container, Attribute::centerY);
+       },
+       {180, 140, 40, 20}},
+      {"half as wide as the container",
+       [](LayoutTest& t) {
+         t.pin(t.a, Attribute::width, t.container, Attribute::width, -10, 0.5);
+         t.pin(t.a, Attribute::left, t.container, Attribute::left);
+         t.pin(t.a, Attribute::bottom, t.container, Attribute::bottom);
+       },
+       {0, 280, 190, 20}},
+      {"beside a sibling that is placed later in the list",
+       [](LayoutTest& t) {
+         t.pin(t.a, Attribute::left, t.b, Attribute::right, 8);
+         t.pin(t.a, Attribute::top, t.b, Attribute::top);
+         t.pin(t.b, Attribute::left, t.container, Attribute::left, 100);
+         t.pin(t.b, Attribute::width, nullptr, Attribute::none, 60);
+         t.pin(t.b, Attribute::top, t.container, Attribute::top, 33);
+       },
+       {168, 33, 40, 20}},
+      {"between centre and edge",
+       [](LayoutTest& t) {
+         t.pin(t.a, Attribute::centerX, t.container, Attribute::centerX);
+         t.pin(t.a, Attribute::left, t.container, Attribute::left, 120);
+         t.pin(t.a, Attribute::top, t.container, Attribute::top);
+       },
+       {120, 0, 160, 20}},
+      {"the earlier of two that contradict wins",
+       [](LayoutTest& t) {
+         t.pin(t.a, Attribute::width, nullptr, Attribute::none, 70);
+         t.pin(t.a, Attribute::left, t.container, Attribute::left, 1);
+         t.pin(t.a, Attribute::left, t.container, Attribute::left, 2);
+         t.pin(t.a, Attribute::top, t.container, Attribute::top);
+       },
+       {1, 0, 70, 20},
+       1},
+      {"a width below zero is none",
+       [](LayoutTest& t) {
+         t.pin(t.a, Attribute::left, t.container, Attribute::left, 300);
+         t.pin(t.a, Attribute::right, t.container, Attribute::left, 200);
+         t.pin(t.a, Attribute::top, t.container, Attribute::top);
+       },
+       {300, 0, 0, 20}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    startAnew();
+    row.constrain(*this);
+    container->layoutSubtreeIfNeeded();
+    EXPECT_EQ(fromTopLeft(*a), row.a);
+    EXPECT_EQ(logged.size(), row.contradictions);
+  }
+}
+
+TEST_F(LayoutTest, followsWhatChanges) {
+  startAnew();
+  const auto window = makeWindow({0, 0, 400, 300});
+  window->setContentView(container);
+  auto& leading = pin(container, Attribute::leading, a, Attribute::leading, -10);
+  pin(container, Attribute::trailing, a, Attribute::trailing, 10);
+  pin(container, Attribute::bottom, a, Attribute::bottom, 10);
+  pin(a, Attribute::height, nullptr, Attribute::none, 30);
+  desktop.settle();
+  EXPECT_EQ(fromTopLeft(*a), (Rect{10, 260, 380, 30})) << "laid out at the loop's next turn";
+  leading.setConstant(-50);
+  desktop.settle();
+  EXPECT_EQ(fromTopLeft(*a), (Rect{50, 260, 340, 30}));
+  window->setContentSize({600, 500});
+  desktop.settle();
+  EXPECT_EQ(fromTopLeft(*a), (Rect{50, 460, 540, 30}));
+  leading.setActive(false);
+  window->setContentSize({400, 300});
+  desktop.settle();
+  EXPECT_EQ(fromTopLeft(*a).maxX(), 390);
+  a->removeFromSuperview();
+  EXPECT_FALSE(constraints[1]->isActive()) << "a constraint ends where a view leaves";
+  container = nullptr;
+  window->setContentView(nullptr);
+  constraints[1]->setActive(false);
+}
+
+}  // namespace
+}  // namespace platform
