@@ -46,11 +46,14 @@ EventType PointerState::typeOf(port::PointerAction action) {
   return otherDown_ ? EventType::otherMouseDragged : EventType::mouseMoved;
 }
 
+bool PointerState::isNearLastPress(Point location) const {
+  const Point moved = location - lastLocation_;
+  return std::abs(moved.x) <= kDoubleClickDistance && std::abs(moved.y) <= kDoubleClickDistance;
+}
+
 void PointerState::countClick(const port::PointerInput& input, EventType type, std::int64_t windowNumber) {
-  const Point moved = input.location - lastLocation_;
   const bool again = type == lastPress_ && windowNumber == lastWindow_ &&
-                     input.time - lastTime_ <= kDoubleClickInterval && std::abs(moved.x) <= kDoubleClickDistance &&
-                     std::abs(moved.y) <= kDoubleClickDistance;
+                     input.time - lastTime_ <= kDoubleClickInterval && isNearLastPress(input.location);
   clickCount_ = again ? clickCount_ + 1 : 1;
   lastPress_ = type;
   lastWindow_ = windowNumber;
@@ -61,7 +64,10 @@ void PointerState::countClick(const port::PointerInput& input, EventType type, s
 EventPointer PointerState::event(const port::PointerInput& input, std::int64_t windowNumber, Point windowOrigin) {
   auto event = std::make_shared<NSEvent>();
   event->type = typeOf(input.action);
-  if (isPress(event->type)) countClick(input, event->type, windowNumber);
+  if (isPress(event->type))
+    countClick(input, event->type, windowNumber);
+  else if (!isNearLastPress(input.location))
+    lastPress_ = EventType::mouseMoved;  // a press that became a drag is no first click of two
   event->locationInWindow = input.location - windowOrigin;
   event->locationOnScreen = input.location;
   event->modifierFlags = input.modifiers;

@@ -19,6 +19,7 @@ class PointerState {
 
  private:
   EventType typeOf(port::PointerAction action);
+  bool isNearLastPress(Point location) const;
   void countClick(const port::PointerInput& input, EventType type, std::int64_t windowNumber);
 
   bool leftDown_ = false;

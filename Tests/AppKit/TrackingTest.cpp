@@ -96,7 +96,9 @@ TEST_F(TrackingTest, aDragMovesTheWindowWhicheverWay) {
     EXPECT_EQ(log.front(), "w willMove");
     EXPECT_EQ(surfaceOf(*window).state().frame, window->frame());
     EXPECT_EQ(window->frame().origin(), (Point{150, 125})) << "as far as the pointer went after the drag began";
-    if (row.withChild) EXPECT_THAT(offsets, testing::Each(Point{50, 50})) << "at every step";
+    if (row.withChild) {
+      EXPECT_THAT(offsets, testing::Each(Point{50, 50})) << "at every step";
+    }
     child->close();
   }
 }
