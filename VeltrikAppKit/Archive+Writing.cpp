@@ -1,6 +1,5 @@
 #include <fcntl.h>
 
-#include "Platform/Foundation/CocoaError.h"
 #include "VeltrikAppKit/ArchiveBatch.h"
 
 namespace veltrik {
@@ -17,10 +16,6 @@ void Archive::addEntry(std::string_view path, const NewEntry& entry, const ByteP
 void Archive::addEntry(std::string_view path, const platform::URL& base, const AddOptions& options) {
   withContext(path, url(), [&] {
     const std::string item = base.appendingPathComponent(path).path();
-    if (item.find('\0') != std::string::npos) {
-      throw platform::CocoaError(platform::CocoaError::Code::fileReadInvalidFileName, item,
-                                 "the name holds a NUL byte");
-    }
     ArchiveBatch batch(*this);
     batch.addItem(path, {AT_FDCWD, item, item}, options);
     batch.commit();

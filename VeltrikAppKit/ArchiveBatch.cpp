@@ -258,6 +258,9 @@ ArchiveBatch::Written ArchiveBatch::writeLink(const NewEntry& entry, const ByteP
 }
 
 void ArchiveBatch::addItem(std::string_view path, const ItemPlace& place, const AddOptions& options) {
+  if (place.path.find('\0') != std::string::npos) {
+    throw CocoaError(CocoaError::Code::fileReadInvalidFileName, place.path, "the name holds a NUL byte");
+  }
   // Not blocking: a pipe in the tree must not make this wait for a writer.
   const platform::FileDescriptor file(
       openat(place.directory, place.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));

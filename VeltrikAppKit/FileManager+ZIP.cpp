@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "Platform/Foundation/CocoaError.h"
@@ -27,6 +28,25 @@ struct stat statusOf(const URL& item) {
     throw CocoaError::reading(ENOENT, path);
   }
   return status;
+}
+
+/// Whether a path is standardised as it is and so leads to where it says. Nearly all do, and need no URL to tell.
+bool isPlain(std::string_view path) {
+  if (path.empty() || path.find('\0') != std::string_view::npos) return false;
+  if (path.ends_with('/')) path.remove_suffix(1);
+  while (true) {
+    const std::string_view part = path.substr(0, path.find('/'));
+    if (part.empty() || part == "." || part == "..") return false;
+    if (part.size() == path.size()) return true;
+    path.remove_prefix(part.size() + 1);
+  }
+}
+
+/// A path's directory and its last part.
+std::pair<std::string, std::string> divided(const std::string& path) {
+  const auto slash = path.rfind('/');
+  if (slash == std::string::npos) return {std::string(), path};
+  return {path.substr(0, slash), path.substr(slash + 1)};
 }
 
 /// A part of the work on its own: a child of the whole, or nothing when nobody watches.
@@ -90,6 +110,7 @@ class Unpacking {
 
   /// The entry's path below the destination, without "." and ".."; throws when it leads outside.
   std::string relativePath(const std::string& entryPath) const {
+    if (isPlain(entryPath)) return entryPath.substr(0, entryPath.size() - (entryPath.ends_with('/') ? 1 : 0));
     const URL location = destination_.appendingPathComponent(entryPath);
     if (!isContained(location, destination_) || entryPath.find('\0') != std::string::npos) {
       throw CocoaError(CocoaError::Code::fileReadInvalidFileName, location.path(), "it leads outside the destination");
@@ -99,9 +120,7 @@ class Unpacking {
   }
 
   ItemPlace placeOf(const std::string& path) {
-    const auto slash = path.rfind('/');
-    const std::string parent = slash == std::string::npos ? std::string() : path.substr(0, slash);
-    const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    const auto [parent, name] = divided(path);
     return {tree_->directory(parent, DirectoryTree::Missing::make), name.empty() ? "." : name, root_ + "/" + path};
   }
 
@@ -181,14 +200,12 @@ class Packing {
   void add(ArchiveBatch& batch, DirectoryTree& tree, const Archive& archive, const URL& base,
            const std::string& path) const {
     withContext(path, archive.url(), [&] {
-      const URL item = base.appendingPathComponent(path);
-      const auto child = options_.progress != nullptr
-                             ? makeChild(options_.progress, archive.totalUnitCountForAddingItem(item))
-                             : nullptr;
-      const auto slash = path.rfind('/');
-      const std::string parent = slash == std::string::npos ? std::string() : path.substr(0, slash);
-      const ItemPlace place = {tree.directory(parent, DirectoryTree::Missing::fail),
-                               slash == std::string::npos ? path : path.substr(slash + 1), item.path()};
+      const auto child =
+          options_.progress != nullptr
+              ? makeChild(options_.progress, archive.totalUnitCountForAddingItem(base.appendingPathComponent(path)))
+              : nullptr;
+      const auto [parent, name] = divided(path);
+      const ItemPlace place = {tree.directory(parent, DirectoryTree::Missing::fail), name, base.path() + "/" + path};
       batch.addItem(path, place, {.compressionMethod = options_.compressionMethod, .progress = child.get()});
     });
   }
