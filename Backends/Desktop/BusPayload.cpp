@@ -104,10 +104,12 @@ class Reader {
     if (depth > kDeepestPayload || sd_bus_message_enter_container(message_, 'a', nullptr) < 0) return std::nullopt;
     Dictionary entries;
     for (;;) {
-      const int entered = sd_bus_message_enter_container(message_, 'e', nullptr);
-      if (entered == 0) break;
+      const int atEnd = sd_bus_message_at_end(message_, 0);
+      if (atEnd < 0) return std::nullopt;
+      if (atEnd > 0) break;
       const char* key = nullptr;
-      if (entered < 0 || sd_bus_message_read_basic(message_, 's', &key) < 0) return std::nullopt;
+      if (sd_bus_message_enter_container(message_, 'e', nullptr) < 0) return std::nullopt;
+      if (sd_bus_message_read_basic(message_, 's', &key) < 0) return std::nullopt;
       if (!allowance_.take(std::strlen(key))) return std::nullopt;
       auto element = value(depth + 1);
       if (!element || sd_bus_message_exit_container(message_) < 0) return std::nullopt;

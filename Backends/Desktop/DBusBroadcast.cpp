@@ -71,8 +71,11 @@ void DBusBroadcast::connect() {
 }
 
 void DBusBroadcast::disconnect() {
-  readable_.reset();
-  writable_.reset();
+  // One of them may be what calls us.
+  for (auto* notifier : {&readable_, &writable_}) {
+    (*notifier)->setEnabled(false);
+    notifier->release()->deleteLater();
+  }
   bus_.reset();
   reconnect_.start(patience_);
   patience_ = std::min(patience_ * 2, kLastPatience);
@@ -82,8 +85,8 @@ void DBusBroadcast::watch() {
   const int descriptor = sd_bus_get_fd(bus_.get());
   readable_ = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
   writable_ = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Write);
-  QObject::connect(readable_.get(), &QSocketNotifier::activated, &context_, [this] { continue_.start(0); });
-  QObject::connect(writable_.get(), &QSocketNotifier::activated, &context_, [this] { continue_.start(0); });
+  QObject::connect(readable_.get(), &QSocketNotifier::activated, &context_, [this] { drain(); });
+  QObject::connect(writable_.get(), &QSocketNotifier::activated, &context_, [this] { drain(); });
   updateWatch();
 }
 

@@ -68,6 +68,7 @@ DesktopSurface::DesktopSurface(DesktopWindowHost& host, WindowServices& services
   id_ = static_cast<xcb_window_t>(window_->winId());
   host_.add(*this);
   services_.x.setClass(id_, services_.identifier);
+  services_.x.setNormalType(id_);
   services_.x.setFunctions(id_, state_.resizable, state_.minimisable);
   window_->setTitle(QString::fromStdString(state_.title));
   window_->setLook(state_.transparent, state_.cornerRadius);

@@ -17,6 +17,7 @@ using platform::port::Wrapping;
 namespace {
 
 constexpr char16_t kEllipsis = u'…';
+constexpr double kUnlimited = 1e6;  // the toolkit's widths end a little above
 
 /// The interface font, with gothic faces for Hangul before whatever the system would pick.
 QFont interfaceFont(const platform::Font& font) {
@@ -108,7 +109,7 @@ void DesktopTextLayout::addParagraph(const QString& text, std::size_t start, std
   const std::size_t firstLine = lines_.size();
   layout->beginLayout();
   for (QTextLine line = layout->createLine(); line.isValid(); line = layout->createLine()) {
-    if (options.wrapping != Wrapping::none && !options.elided) line.setLineWidth(std::max(1.0, options.width));
+    line.setLineWidth(options.wrapping == Wrapping::none || options.elided ? kUnlimited : std::max(1.0, options.width));
     line.setPosition({0, size_.height});
     lines_.push_back({start + static_cast<std::size_t>(line.textStart()), static_cast<std::size_t>(line.textLength()),
                       size_.height, line.height(), line.ascent(), line.naturalTextWidth()});

@@ -15,6 +15,12 @@ using platform::port::Surface;
 using platform::port::SurfaceSink;
 using platform::port::SurfaceState;
 
+namespace {
+
+constexpr qint64 kRestackMilliseconds = 100;
+
+}  // namespace
+
 DesktopWindowHost::DesktopWindowHost(std::string identifier)
     : services_(
           [this](xcb_window_t window) -> SurfaceSink* {
@@ -96,25 +102,25 @@ void DesktopWindowHost::updateActive() {
 }
 
 void DesktopWindowHost::restack(DesktopSurface& surface, bool above, DesktopSurface* sibling) {
-  if (services_.x.restack(surface.id(), above, sibling ? sibling->id() : xcb_window_t{XCB_WINDOW_NONE})) return;
-  if (sibling)
-    raiseInOrder(surface, above, sibling);
-  else if (above)
-    surface.window().raise();
-  else
-    surface.window().lower();
+  refreshOrder();
+  std::erase(order_, surface.id());
+  const auto at = sibling ? std::find(order_.begin(), order_.end(), sibling->id()) : order_.end();
+  if (sibling && at == order_.end()) return;
+  auto place = sibling ? order_.insert(above ? std::next(at) : at, surface.id())
+                       : order_.insert(above ? order_.end() : order_.begin(), surface.id());
+  sinceRestack_.start();
+  if (sibling && !services_.x.hasWindowManager()) return services_.x.stack(surface.id(), above, sibling->id());
+  if (!sibling && !above) return surface.window().lower();
+  // Window managers agree on raising alone: everything of ours that belongs above follows, from low to high.
+  for (; place != order_.end(); ++place) find(*place)->window().raise();
 }
 
-/// For window managers that can only raise: raises the surface, then all of ours that belong above it, from low to
-/// high.
-void DesktopWindowHost::raiseInOrder(DesktopSurface& surface, bool above, const DesktopSurface* sibling) {
-  std::vector<DesktopSurface*> order;
-  for (const xcb_window_t window : services_.x.stacking())
-    if (DesktopSurface* ours = find(window); ours && ours != &surface) order.push_back(ours);
-  auto place = std::find(order.begin(), order.end(), sibling);
-  if (place == order.end()) return;
-  place = order.insert(above ? std::next(place) : place, &surface);
-  for (; place != order.end(); ++place) (*place)->window().raise();
+/// The order as the window manager tells, unless it may still be at work on what we asked for.
+void DesktopWindowHost::refreshOrder() {
+  if (!sinceRestack_.isValid() || sinceRestack_.elapsed() > kRestackMilliseconds) order_ = services_.x.stacking();
+  std::erase_if(order_, [this](xcb_window_t window) { return !find(window); });
+  for (const DesktopSurface* surface : surfaces_)
+    if (std::find(order_.begin(), order_.end(), surface->id()) == order_.end()) order_.push_back(surface->id());
 }
 
 }  // namespace desktop

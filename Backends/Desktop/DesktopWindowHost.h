@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
 #include <QScreen>
@@ -40,13 +41,15 @@ class DesktopWindowHost final : public platform::port::WindowHost {
  private:
   DesktopSurface* find(xcb_window_t window) const;
   bool exists(const DesktopSurface* surface) const;
-  void raiseInOrder(DesktopSurface& surface, bool above, const DesktopSurface* sibling);
+  void refreshOrder();
   void watchScreen(QScreen* screen);
   void reportScreens();
 
   WindowServices services_;
   std::vector<DesktopSurface*> surfaces_;
   DesktopSurface* active_ = nullptr;
+  std::vector<xcb_window_t> order_;  ///< ours, from the lowest to the highest
+  QElapsedTimer sinceRestack_;
   QObject context_;
   QTimer screensTimer_;
   std::function<void()> screensChanged_;

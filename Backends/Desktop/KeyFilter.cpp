@@ -135,8 +135,10 @@ void KeyFilter::beginFlight(const KeyEvent& event) {
 void KeyFilter::lookForAnswer() {
   if (!flight_ || returning_) return;
   bool isWaiting = false;
+  bool failed = false;  // the newest call: nobody was there to take the key
   if (QPlatformInputContext* input = inputContext()) {
     for (auto* call : input->findChildren<QDBusPendingCallWatcher*>()) {
+      failed = call->isFinished() && call->isError();
       if (call->isFinished() || !watched_.insert(call).second) continue;
       isWaiting = true;
       QObject::connect(call, &QDBusPendingCallWatcher::finished, &context_, [this](QDBusPendingCallWatcher* done) {
@@ -145,12 +147,17 @@ void KeyFilter::lookForAnswer() {
       QObject::connect(call, &QObject::destroyed, &context_, [this](QObject* gone) {
         watched_.erase(gone);
         unanswered_ = false;
-        endFlight();
+        // Releases of earlier keys are asked about too; the key's own answer is among the last.
+        if (watched_.empty()) endFlight();
       });
     }
   }
   // Answered on the spot: taken without a word, or a key event that has been delivered by now.
-  if (!isWaiting) endFlight();
+  if (isWaiting) return;
+  if (failed)
+    giveBack();
+  else
+    endFlight();
 }
 
 void KeyFilter::endFlight() {

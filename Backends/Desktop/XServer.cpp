@@ -26,7 +26,6 @@ Reply<T> owned(T* reply) {
 }
 
 constexpr std::uint32_t kFromApplication = 1;
-constexpr std::uint32_t kFromPager = 2;
 constexpr std::uint32_t kLongestProperty = 1 << 16;
 
 }  // namespace
@@ -86,18 +85,10 @@ void XServer::changeState(xcb_window_t window, const std::string& state, bool on
   sendToRoot(window, "_NET_WM_STATE", {on ? 1U : 0U, atom(state), 0, kFromApplication, 0});
 }
 
-bool XServer::restack(xcb_window_t window, bool above, xcb_window_t sibling) {
+void XServer::stack(xcb_window_t window, bool above, xcb_window_t sibling) {
   const std::uint32_t mode = above ? XCB_STACK_MODE_ABOVE : XCB_STACK_MODE_BELOW;
-  if (!hasWindowManager()) {
-    const std::uint32_t values[] = {sibling, mode};
-    const std::uint32_t only[] = {mode};
-    const std::uint16_t mask = XCB_CONFIG_WINDOW_STACK_MODE | (sibling ? XCB_CONFIG_WINDOW_SIBLING : 0);
-    xcb_configure_window(connection_, window, mask, sibling ? values : only);
-    return true;
-  }
-  if (!supports("_NET_RESTACK_WINDOW")) return false;
-  sendToRoot(window, "_NET_RESTACK_WINDOW", {kFromPager, sibling, mode, 0, 0});
-  return true;
+  const std::uint32_t values[] = {sibling, mode};
+  xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE, values);
 }
 
 std::vector<xcb_window_t> XServer::stacking() {
@@ -117,6 +108,12 @@ void XServer::setClass(xcb_window_t window, const std::string& name) {
   const std::string both = name + '\0' + name + '\0';
   xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
                       static_cast<std::uint32_t>(both.size()), both.data());
+}
+
+void XServer::setNormalType(xcb_window_t window) {
+  const xcb_atom_t normal = atom("_NET_WM_WINDOW_TYPE_NORMAL");
+  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1,
+                      &normal);
 }
 
 void XServer::setFunctions(xcb_window_t window, bool resizable, bool minimisable) {

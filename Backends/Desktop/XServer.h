@@ -29,13 +29,16 @@ class XServer {
 
   /// Adds or removes a _NET_WM_STATE of a mapped window.
   void changeState(xcb_window_t window, const std::string& state, bool on);
-  /// Puts the window directly above or below `sibling` (0: all), by a request to the window manager where it takes one.
-  /// False when this window manager knows no such request.
-  bool restack(xcb_window_t window, bool above, xcb_window_t sibling);
+  /// Puts the window directly above or below `sibling`. Only without a window manager: all of those that reparent
+  /// refuse it, and what they take instead (_NET_RESTACK_WINDOW) some don't know and some answer by a plain raise.
+  void stack(xcb_window_t window, bool above, xcb_window_t sibling);
   /// Managed windows from the lowest to the highest, as the window manager tells.
   std::vector<xcb_window_t> stacking();
   void setTransientFor(xcb_window_t window, xcb_window_t parent);
   void setClass(xcb_window_t window, const std::string& name);
+  /// A normal window. The toolkit adds a type to frameless ones that makes a window manager refuse to move or maximise
+  /// them.
+  void setNormalType(xcb_window_t window);
   /// Which of moving, resizing, minimising, maximising and closing the window manager may offer; no decorations.
   void setFunctions(xcb_window_t window, bool resizable, bool minimisable);
 
