@@ -111,6 +111,16 @@ class HeadlessMachine final : public Machine {
   headless::HeadlessBackend backend_;
 };
 
+std::unique_ptr<Machine> theDesktop;
+
+/// The toolkit must be gone before the process's globals are.
+class Ending final : public testing::Environment {
+ public:
+  void TearDown() override { theDesktop.reset(); }
+};
+
+[[maybe_unused]] const testing::Environment* const ending = testing::AddGlobalTestEnvironment(new Ending);
+
 struct Closer {
   void operator()(FILE* pipe) const { status = pclose(pipe); }
   static inline int status = 0;
@@ -119,8 +129,8 @@ struct Closer {
 }  // namespace
 
 Machine& desktopMachine() {
-  static DesktopMachine machine;
-  return machine;
+  if (!theDesktop) theDesktop = std::make_unique<DesktopMachine>();
+  return *theDesktop;
 }
 
 std::unique_ptr<Machine> makeHeadlessMachine() {
