@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "Platform/Foundation/CocoaError.h"
 #include "Platform/Foundation/FileManager.h"
@@ -24,22 +26,26 @@ constexpr std::uint64_t kUnsignedDescriptorSize = 12;
   throw ArchiveError(code, cause);
 }
 
-/// Removes a folder when it goes out of scope; what can't be removed stays.
-class TemporaryFolder {
+/// The place of a new file in a folder of its own. Both are removed when it goes out of scope, by nothing that could
+/// fail for want of memory, descriptors or room; the file may have been moved away by then.
+class TemporaryPlace {
  public:
-  explicit TemporaryFolder(URL url) : url_(std::move(url)) {}
-  ~TemporaryFolder() {
-    try {
-      platform::FileManager().removeItem(url_);
-    } catch (const std::exception&) {
-    }
+  explicit TemporaryPlace(const URL& folder)
+      : file_(folder.appendingPathComponent(platform::globallyUniqueString())),
+        folderPath_(folder.path()),
+        filePath_(file_.path()) {}
+  ~TemporaryPlace() {
+    unlink(filePath_.c_str());
+    rmdir(folderPath_.c_str());
   }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  const URL& url() const { return url_; }
+  TemporaryPlace(const TemporaryPlace&) = delete;
+  TemporaryPlace& operator=(const TemporaryPlace&) = delete;
+  const URL& file() const { return file_; }
 
  private:
-  URL url_;
+  URL file_;
+  std::string folderPath_;
+  std::string filePath_;
 };
 
 /// The file itself, not a link to it, which would be replaced by a file.
@@ -61,12 +67,18 @@ void adoptAttributes(const ArchiveStream& replacement, const ArchiveStream& orig
 
 }  // namespace
 
-/// One removal: what stays is copied into a new archive, which then takes the place of the old one.
+/// One removal, of one or more entries: what stays is copied into a new archive, which then takes the place of the old
+/// one.
 class ArchiveRemoval {
  public:
-  ArchiveRemoval(Archive& archive, const Entry& entry, const RemoveOptions& options)
-      : state_(*archive.state_), removed_(entry), options_(options) {
-    if (options.progress != nullptr) options.progress->setTotalUnitCount(archive.totalUnitCountForRemoving(entry));
+  ArchiveRemoval(Archive& archive, std::span<const Entry> entries, const RemoveOptions& options)
+      : state_(*archive.state_), options_(options) {
+    auto staying = static_cast<std::int64_t>(state_.endRecord.offsetToStartOfCentralDirectory);
+    for (const Entry& entry : entries) {
+      staying -= static_cast<std::int64_t>(entry.localRecordLength());
+      wanted_.emplace(entry.centralDirectoryStructure().relativeOffsetOfLocalHeader, &entry);
+    }
+    if (options.progress != nullptr) options.progress->setTotalUnitCount(std::max<std::int64_t>(staying, 0));
   }
 
   void run() {
@@ -102,10 +114,10 @@ class ArchiveRemoval {
   void reopenIfCopied(const URL& location);
 
   ArchiveState& state_;
-  const Entry& removed_;
   const RemoveOptions& options_;
-  std::uint64_t removedPosition_ = 0;  ///< in the central directory
-  std::uint64_t prefixLength_ = 0;     ///< what stands before the first record, such as a program that unpacks
+  std::map<std::uint32_t, const Entry*> wanted_;  ///< what to remove, by the place of its record
+  std::set<std::uint64_t> removedPositions_;      ///< in the central directory
+  std::uint64_t prefixLength_ = 0;  ///< what stands before the first record, such as a program that unpacks
 };
 
 /// The whole record by what the central directory says: where a descriptor is missing or lies, that still covers the
@@ -127,7 +139,6 @@ void ArchiveRemoval::survey() {
   std::uint64_t firstRecord = directoryStart;
   std::uint64_t recordBytes = 0;
   unsigned count = 0;
-  bool isFound = false;
   bool isInside = true;
   EntryReader reader(*state_.stream);
   forEachEntry(reader, state_.endRecord, [&](const Entry& entry, std::uint64_t position) {
@@ -137,13 +148,13 @@ void ArchiveRemoval::survey() {
     firstRecord = std::min(firstRecord, offset);
     recordBytes += length;
     ++count;
-    if (!isFound && entry == removed_) {
-      isFound = true;
-      removedPosition_ = position;
-    }
+    const auto wanted = wanted_.find(entry.centralDirectoryStructure().relativeOffsetOfLocalHeader);
+    if (wanted != wanted_.end() && entry == *wanted->second) removedPositions_.insert(position);
     return true;
   });
-  if (!isFound) refuse(ArchiveError::Case::invalidEntryPath, "the archive has no such entry");
+  if (removedPositions_.size() < wanted_.size()) {
+    refuse(ArchiveError::Case::invalidEntryPath, "the archive has no such entry");
+  }
   if (count != state_.endRecord.totalNumberOfEntriesInCentralDirectory) {
     refuse(ArchiveError::Case::unwritableArchive, "some of the archive's entries can't be read and would be lost");
   }
@@ -174,9 +185,11 @@ std::unique_ptr<Archive> ArchiveRemoval::rebuild(std::unique_ptr<Archive> target
   platform::Data directory;
   std::uint64_t position = 0;
   Run run = {0, prefixLength_};
+  unsigned count = 0;
   EntryReader reader(*state_.stream);
   forEachEntry(reader, state_.endRecord, [&](const Entry& entry, std::uint64_t directoryPosition) {
-    if (directoryPosition == removedPosition_) return true;
+    ++count;
+    if (removedPositions_.contains(directoryPosition)) return true;
     auto structure = entry.centralDirectoryStructure();
     // Records that follow each other are copied together.
     if (structure.relativeOffsetOfLocalHeader != run.start + run.length) {
@@ -189,6 +202,10 @@ std::unique_ptr<Archive> ArchiveRemoval::rebuild(std::unique_ptr<Archive> target
     platform::append(directory, structure.data());
     return true;
   });
+  // The survey saw them all, but a read that fails now would end the walk just as quietly.
+  if (count != state_.endRecord.totalNumberOfEntriesInCentralDirectory) {
+    throw DataError(DataError::Case::unreadableFile, "an entry can't be read any more");
+  }
   copyRun(run, stream, position);
   finish(*target->state_, position + run.length, directory);
   return target;
@@ -196,7 +213,7 @@ std::unique_ptr<Archive> ArchiveRemoval::rebuild(std::unique_ptr<Archive> target
 
 void ArchiveRemoval::finish(ArchiveState& target, std::uint64_t position, const platform::Data& directory) const {
   auto record = state_.endRecord;
-  record.totalNumberOfEntriesInCentralDirectory--;
+  record.totalNumberOfEntriesInCentralDirectory -= static_cast<std::uint16_t>(removedPositions_.size());
   record.totalNumberOfEntriesOnDisk = record.totalNumberOfEntriesInCentralDirectory;
   record.sizeOfCentralDirectory = static_cast<std::uint32_t>(directory.size());
   record.offsetToStartOfCentralDirectory = static_cast<std::uint32_t>(position);
@@ -209,16 +226,15 @@ void ArchiveRemoval::finish(ArchiveState& target, std::uint64_t position, const 
 void ArchiveRemoval::replaceFile() {
   const platform::FileManager files;
   const URL location = realLocation(state_.url);
-  std::optional<TemporaryFolder> folder;
+  std::optional<TemporaryPlace> place;
   try {
-    folder.emplace(files.itemReplacementDirectory(location));
+    place.emplace(files.itemReplacementDirectory(location));
   } catch (const CocoaError& error) {
     throw ArchiveError(ArchiveError::Case::unwritableArchive, error.what());
   }
-  const URL temporary = folder->url().appendingPathComponent(platform::globallyUniqueString());
-  auto replacement = rebuild(Archive::open(temporary, {.accessMode = ArchiveAccessMode::create}));
+  auto replacement = rebuild(Archive::open(place->file(), {.accessMode = ArchiveAccessMode::create}));
   adoptAttributes(*replacement->state_->stream, *state_.stream);
-  files.replaceItem(location, temporary);
+  files.replaceItem(location, place->file());
   adopt(std::move(replacement));
   reopenIfCopied(location);
 }
@@ -248,7 +264,12 @@ void ArchiveRemoval::adopt(std::unique_ptr<Archive> replacement) {
 }
 
 void Archive::remove(const Entry& entry, const RemoveOptions& options) {
-  withContext(entry.path(), url(), [&] { ArchiveRemoval(*this, entry, options).run(); });
+  withContext(entry.path(), url(), [&] { ArchiveRemoval(*this, {&entry, 1}, options).run(); });
+}
+
+void Archive::remove(std::span<const Entry> entries, const RemoveOptions& options) {
+  if (entries.empty()) return;
+  withContext({}, url(), [&] { ArchiveRemoval(*this, entries, options).run(); });
 }
 
 }  // namespace veltrik

@@ -165,8 +165,14 @@ std::optional<Entry> Archive::operator[](std::string_view path) const {
   if (!state.lookup) {
     ArchiveState::Lookup lookup{EntryReader(*state.stream),
                                 PathIndex(state.endRecord.totalNumberOfEntriesInCentralDirectory)};
+    // A reader of its own for what was passed already, so that neither loses its place.
+    EntryReader earlier(*state.stream);
     forEachEntry(lookup.reader, state.endRecord, [&](const Entry& entry, std::uint64_t position) {
-      lookup.index.insert(state.pathOf(entry), position);
+      const std::string entryPath = state.pathOf(entry);
+      lookup.index.insert(entryPath, position, [&](std::uint64_t place) {
+        const auto found = earlier.read(place);
+        return found && state.pathOf(found->entry) == entryPath;
+      });
       return true;
     });
     state.lookup = std::move(lookup);

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -140,6 +141,8 @@ class Archive {
   /// before when anything goes wrong. Throws `invalidEntryPath` when the entry is not (or no longer) in it,
   /// `unwritableArchive` when there are entries that can't be read, which would be lost.
   void remove(const Entry& entry, const RemoveOptions& options = {});
+  /// Takes several entries out at once: all of them or none.
+  void remove(std::span<const Entry> entries, const RemoveOptions& options = {});
 
   /// Units of progress: 1 for a directory, else bytes.
   std::int64_t totalUnitCountForReading(const Entry& entry) const;

@@ -57,7 +57,7 @@ std::optional<EntryReader::Found> EntryReader::read(std::uint64_t directoryPosit
 
 PathIndex::PathIndex(std::size_t entryCount) : slots_(std::bit_ceil(entryCount * 2 + 1)), mask_(slots_.size() - 1) {}
 
-void PathIndex::insert(std::string_view path, std::uint64_t directoryPosition) {
+void PathIndex::insertNew(std::string_view path, std::uint64_t directoryPosition) {
   const std::uint64_t hash = hashOf(path);
   std::size_t at = hash & mask_;
   while (slots_[at].isUsed) at = (at + 1) & mask_;

@@ -76,7 +76,14 @@ class PathIndex {
  public:
   explicit PathIndex(std::size_t entryCount);
 
-  void insert(std::string_view path, std::uint64_t directoryPosition);
+  /// `isSamePath` tells whether the entry at a place has this path too; such an entry stays the one that is found, so
+  /// that many entries of one name cost no more than others.
+  template <class IsSamePath>
+  void insert(std::string_view path, std::uint64_t directoryPosition, const IsSamePath& isSamePath) {
+    bool isTaken = false;
+    find(path, [&](std::uint64_t position) { return isTaken = isSamePath(position); });
+    if (!isTaken) insertNew(path, directoryPosition);
+  }
   /// Calls `matches` with the place of each candidate, in order of insertion, until it returns true.
   template <class Matches>
   void find(std::string_view path, const Matches& matches) const {
@@ -92,6 +99,7 @@ class PathIndex {
     std::uint64_t position : 63 = 0;
     std::uint64_t isUsed : 1 = 0;
   };
+  void insertNew(std::string_view path, std::uint64_t directoryPosition);
   static std::uint64_t hashOf(std::string_view path) { return std::hash<std::string_view>()(path); }
 
   std::vector<Slot> slots_;

@@ -1,5 +1,6 @@
 #include "VeltrikAppKit/FileManager+ZIP.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -140,8 +141,9 @@ class Unpacking {
       const ExtractOptions options = {.skipCRC32 = options_.skipCRC32,
                                       .maskSpecialPermissions = options_.maskSpecialPermissions,
                                       .progress = child.get()};
-      ArchiveExtraction(archive_, entry, options).to([&] { return placeOf(path); });
+      const std::uint32_t checksum = ArchiveExtraction(archive_, entry, options).to([&] { return placeOf(path); });
       if (entry.type() == Entry::EntryType::directory) made_.push_back({path, attributesOf(entry, options)});
+      if (options_.extracted) options_.extracted(entry, checksum);
     });
   }
 
@@ -227,6 +229,29 @@ void zipItem(const URL& source, const URL& destination, const ZipOptions& option
     throw error;
   }
   Packing(source, options).run(*archive);
+}
+
+void addItems(Archive& archive, std::span<const ItemToAdd> items, const AddOptions& options) {
+  if (options.progress != nullptr) {
+    std::int64_t total = 0;
+    for (const auto& [path, base] : items) {
+      total += std::max<std::int64_t>(archive.totalUnitCountForAddingItem(base.appendingPathComponent(path)), 0);
+    }
+    options.progress->setTotalUnitCount(total);
+  }
+  ArchiveBatch batch(archive);
+  for (const auto& [path, base] : items) {
+    withContext(path, archive.url(), [&, &path = path, &base = base] {
+      const URL item = base.appendingPathComponent(path);
+      const auto child = options.progress != nullptr
+                             ? makeChild(options.progress, archive.totalUnitCountForAddingItem(item))
+                             : nullptr;
+      batch.addItem(
+          path, {AT_FDCWD, item.path(), item.path()},
+          {.compressionMethod = options.compressionMethod, .bufferSize = options.bufferSize, .progress = child.get()});
+    });
+  }
+  withContext({}, archive.url(), [&] { batch.commit(); });
 }
 
 void unzipItem(const URL& source, const URL& destination, const UnzipOptions& options) {

@@ -1,12 +1,16 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <span>
+#include <string>
 
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/Progress.h"
 #include "Platform/Foundation/StringEncoding.h"
 #include "Platform/Foundation/URL.h"
+#include "VeltrikAppKit/Archive.h"
 #include "VeltrikAppKit/Entry.h"
 
 namespace veltrik {
@@ -26,6 +30,15 @@ struct UnzipOptions {
   platform::Progress* progress = nullptr;
   /// How names are decoded; each entry's own way without it.
   std::optional<platform::StringEncoding> preferredEncoding = std::nullopt;
+  /// Told about each entry once it is unpacked, with the checksum of its data (0 with `skipCRC32`), for who wants to
+  /// compare it with the entry's. What it throws ends the operation.
+  std::function<void(const Entry& entry, std::uint32_t checksum)> extracted = nullptr;
+};
+
+/// A file, directory or link to be added: what stands at `base` + `path`, under the name `path`.
+struct ItemToAdd {
+  std::string path;
+  platform::URL base;
 };
 
 /// Packs a file, a link (itself) or everything in a directory into a new archive at `destination`, names sorted; there
@@ -34,6 +47,10 @@ struct UnzipOptions {
 /// (`fileReadNoSuchFile`; `fileWriteFileExists` before anything is written), `ArchiveError` (`unwritableArchive`;
 /// `invalidEntryPath` when the archive would have to hold itself), and what `Archive::addEntry` throws. Any thread.
 void zipItem(const platform::URL& source, const platform::URL& destination, const ZipOptions& options = {});
+
+/// Adds items in order, as `Archive::addEntry` does: all of them, or, when anything goes wrong, none. The progress gets
+/// the total of all.
+void addItems(Archive& archive, std::span<const ItemToAdd> items, const AddOptions& options = {});
 
 /// Unpacks every entry into a directory: directories first, then files, then links. Never writes outside `destination`,
 /// be it by the entries' names (`fileReadInvalidFileName`) or by links on disk below it, and never over something that

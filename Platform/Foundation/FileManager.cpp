@@ -60,7 +60,11 @@ void collectSubpaths(const std::string& root, const std::string& prefix, std::ve
   for (const std::string& name : namesIn(prefix.empty() ? root : root + "/" + prefix)) {
     const std::string subpath = prefix.empty() ? name : prefix + "/" + name;
     found.push_back(subpath);
-    if (isItselfDirectory(root + "/" + subpath)) collectSubpaths(root, subpath, found);
+    // One that can't be looked at must not pass for a file, or what it holds would be left out without a word.
+    const std::string path = root + "/" + subpath;
+    struct stat item {};
+    if (lstat(path.c_str(), &item) != 0) throw CocoaError::reading(errno, path);
+    if (S_ISDIR(item.st_mode)) collectSubpaths(root, subpath, found);
   }
 }
 
