@@ -1,0 +1,18 @@
+#include <vector>
+
+#include "Programs/ZipTool/Commands.h"
+#include "Programs/ZipTool/OpenArchive.h"
+#include "Programs/ZipTool/WorkMonitor.h"
+
+namespace ziptool {
+
+void run(const RemoveCommand& command) {
+  const auto archive = openForChanging(command.archive);
+  std::vector<veltrik::Entry> entries;
+  for (const auto& path : command.paths) entries.push_back(requireEntry(*archive, path));
+  platform::Progress progress;
+  const WorkMonitor monitor(progress, "removing");
+  archive->remove(entries, {.progress = &progress});
+}
+
+}  // namespace ziptool
