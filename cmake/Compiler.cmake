@@ -27,3 +27,8 @@ if(SANITIZE)
   add_compile_options(-fsanitize=${SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${SANITIZE})
 endif()
+
+if(WITH_FUZZERS)
+  # Everything a fuzz target runs tells the fuzzer where it has been.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

@@ -1,0 +1,10 @@
+// Walking through an archive of any bytes and looking its entries up.
+
+#include <cstdint>
+
+#include "Tests/Zip/HostileExercises.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  hostile::iterate({reinterpret_cast<const std::byte*>(bytes), size});
+  return 0;
+}

@@ -1,0 +1,207 @@
+// A process that is killed at any of its system calls leaves the old or the new archive when it removes an entry, and
+// no half-written file under its final name when it extracts.
+//
+// Tries some of the calls; scripts/zip-kill-sweep tries them all.
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <map>
+
+#include "Tests/Zip/FaultStepper.h"
+#include "Tests/Zip/HostileArchives.h"
+#include "Tests/Zip/TemporaryFolder.h"
+#include "VeltrikAppKit/Archive.h"
+#include "VeltrikAppKit/FileManager+ZIP.h"
+
+namespace {
+
+using hostile::Layout;
+using hostile::Member;
+using veltrik::Archive;
+namespace filesystem = std::filesystem;
+
+constexpr long kUsualStride = 23;
+
+std::string textOf(const hostile::Bytes& bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+std::string contentOfSize(std::size_t size) {
+  std::string content(size, ' ');
+  unsigned value = 1;
+  for (char& c : content) c = static_cast<char>('a' + (value = value * 1103515245u + 12345u) % 26u % 9u);
+  return content;
+}
+
+std::vector<Member> members(std::size_t count, std::size_t size) {
+  std::vector<Member> made;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::string name = "file " + std::to_string(i);
+    made.push_back(i % 2 == 0 ? hostile::fileMember(name, contentOfSize(size + i))
+                              : hostile::deflatedMember(name, contentOfSize(size + i)));
+  }
+  return made;
+}
+
+/// Ends with 0 when the work was done and with 1 when the library refused it.
+int statusOf(const std::function<void()>& work) {
+  try {
+    work();
+    return 0;
+  } catch (const std::exception&) {
+    return 1;
+  }
+}
+
+/// Kills the work at every n-th call and looks at what is left each time.
+void sweep(const std::string& name, const std::function<void()>& prepare, const std::function<void()>& work,
+           const std::function<void()>& check) {
+  if (!fault::canStep()) GTEST_SKIP() << "system calls can't be stepped here";
+  const auto body = [&work] { return statusOf(work); };
+  prepare();
+  const fault::Outcome whole = fault::runStepped({}, body);
+  ASSERT_TRUE(whole.succeeded());
+  check();
+  long points = 0;
+  for (long call = 1; call <= whole.calls; call += fault::stride(kUsualStride)) {
+    SCOPED_TRACE("killed at call " + std::to_string(call));
+    prepare();
+    const auto outcome = fault::runStepped({.kind = fault::Injection::Kind::kill, .at = call}, body);
+    // The number of calls varies a little with the memory the process holds, so the last ones may not come.
+    EXPECT_TRUE(!outcome.exitStatus || outcome.succeeded());
+    if (!outcome.exitStatus) ++points;
+    check();
+    if (testing::Test::HasFailure()) break;
+  }
+  EXPECT_GT(points, 0);
+  std::cout << "kill points, " << name << ": " << points << std::endl;
+}
+
+struct Removal {
+  std::string name;
+  Layout layout;
+  std::string victim;
+  /// Bytes copied between two looks at the progress, or 0 when nobody watches.
+  std::uint32_t step = 0;
+};
+
+std::vector<Removal> removals() {
+  const Layout prefixed{members(5, 20'000), std::string(5000, '#'), "with a comment"};
+  return {{"first of five", {members(5, 20'000), {}, {}}, "file 0"},
+          {"middle of five", {members(5, 20'000), {}, {}}, "file 2"},
+          {"last of five", {members(5, 20'000), {}, {}}, "file 4"},
+          {"the only one", {members(1, 100), {}, {}}, "file 0"},
+          {"prefixed and commented", prefixed, "file 1"},
+          {"watched in steps", {members(8, 20'000), {}, {}}, "file 3", 400},
+          {"watched in larger steps", {members(60, 20'000), {}, {}}, "file 30", 2000},
+          {"first of many small", {members(300, 10), {}, {}}, "file 0"},
+          {"one of big ones", {members(4, 3'000'000), {}, {}}, "file 1"},
+          {"one of two hundred", {members(200, 17'000), {}, {}}, "file 100"}};
+}
+
+class KilledRemoval : public testing::TestWithParam<Removal> {};
+
+TEST_P(KilledRemoval, LeavesTheOldOrTheNewArchive) {
+  const auto& [name, layout, victim, step] = GetParam();
+  const TemporaryFolder folder;
+  const auto path = folder.path() / "archive.zip";
+  const auto url = platform::URL::fileURL(path.native());
+  const std::string before = textOf(hostile::assembled(layout));
+  const auto work = [&, victimPath = victim, bufferSize = step] {
+    const auto archive = Archive::open(url, {.accessMode = Archive::AccessMode::update});
+    platform::Progress progress;
+    archive->remove((*archive)[victimPath].value(),
+                    {.bufferSize = bufferSize, .progress = bufferSize == 0 ? nullptr : &progress});
+  };
+  writeFile(path, before);
+  work();
+  const std::string after = readFile(path);
+  ASSERT_LT(after.size(), before.size());
+  sweep(
+      "removal, " + name,
+      [&] {
+        for (const auto& item : filesystem::directory_iterator(folder.path())) filesystem::remove_all(item);
+        writeFile(path, before);
+      },
+      work,
+      [&] {
+        const std::string left = readFile(path);
+        EXPECT_TRUE(left == before || left == after)
+            << "neither the old nor the new archive, " << left.size() << " bytes";
+      });
+}
+
+struct Extraction {
+  std::string name;
+  std::vector<Member> members;
+};
+
+std::vector<Extraction> extractions() {
+  std::vector<Member> tree;
+  for (int folder = 0; folder < 20; ++folder) {
+    const std::string name = "folder " + std::to_string(folder) + "/";
+    tree.push_back(hostile::directoryMember(name));
+    tree.push_back(hostile::linkMember(name + "link", "file 0"));
+    for (int file = 0; file < 12; ++file) {
+      tree.push_back(hostile::deflatedMember(name + "file " + std::to_string(file), contentOfSize(1000)));
+    }
+  }
+  std::vector<Member> stored;
+  for (int file = 0; file < 120; ++file) {
+    stored.push_back(hostile::fileMember("deep/er/file " + std::to_string(file), contentOfSize(20'000)));
+  }
+  return {{"one small", members(1, 5)},
+          {"many stored", stored},
+          {"stored and deflated of several blocks", members(6, 100'000)},
+          {"empty ones", members(3, 0)},
+          {"a link", {hostile::linkMember("link", "somewhere/else")}},
+          {"a tree", tree}};
+}
+
+class KilledExtraction : public testing::TestWithParam<Extraction> {};
+
+TEST_P(KilledExtraction, LeavesNoHalfFile) {
+  const auto& [name, members] = GetParam();
+  const TemporaryFolder folder;
+  const auto archive = folder.path() / "archive.zip";
+  const auto out = folder.path() / "out";
+  const std::string bytes = textOf(hostile::assembled(members));
+  writeFile(archive, bytes);
+  std::map<filesystem::path, std::string> complete;
+  const auto work = [&] {
+    veltrik::unzipItem(platform::URL::fileURL(archive.native()), platform::URL::directoryURL(out.native()));
+  };
+  work();
+  for (const auto& item : filesystem::recursive_directory_iterator(out)) {
+    if (item.is_symlink()) {
+      complete[item.path()] = filesystem::read_symlink(item.path());
+    } else if (item.is_regular_file()) {
+      complete[item.path()] = readFile(item.path());
+    }
+  }
+  sweep(
+      "extraction, " + name, [&] { filesystem::remove_all(out); }, work,
+      [&] {
+        EXPECT_EQ(readFile(archive), bytes);
+        for (const auto& [path, content] : complete) {
+          if (!filesystem::exists(filesystem::symlink_status(path))) continue;
+          const bool isLink = filesystem::is_symlink(path);
+          EXPECT_TRUE((isLink ? filesystem::read_symlink(path).native() : readFile(path)) == content) << path;
+        }
+      });
+}
+
+template <class Scenario>
+std::string nameOf(const testing::TestParamInfo<Scenario>& info) {
+  std::string name = info.param.name;
+  for (char& c : name) {
+    if (c == ' ') c = '_';
+  }
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Archives, KilledRemoval, testing::ValuesIn(removals()), nameOf<Removal>);
+INSTANTIATE_TEST_SUITE_P(Archives, KilledExtraction, testing::ValuesIn(extractions()), nameOf<Extraction>);
+
+}  // namespace

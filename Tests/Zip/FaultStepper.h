@@ -1,0 +1,47 @@
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace fault {
+
+/// What happens at the n-th counted system call of a stepped process, counting from 1.
+struct Injection {
+  enum class Kind { none, kill, error };
+
+  Kind kind = Kind::none;
+  long at = 0;
+  int error = 0;                   ///< errno value of an injected error
+  bool fromThenOn = false;         ///< also every later call that counts
+  std::vector<long> counted = {};  ///< system call numbers that count; empty: all of them
+};
+
+/// How a stepped process ended.
+struct Outcome {
+  long calls = 0;                 ///< counted system calls it made or was about to make
+  std::optional<int> exitStatus;  ///< absent when it was killed
+  std::optional<long> hitCall;    ///< number of the first system call that was hit
+
+  bool succeeded() const { return exitStatus == 0; }
+};
+
+/// Runs `body` in a forked child under ptrace and applies the injection. A killed call never takes effect, nor does
+/// a failed one. The child ends with the body's result, or with 99 when an exception leaves it.
+Outcome runStepped(const Injection& injection, const std::function<int()>& body);
+
+/// Whether this machine can step and change system calls (x86-64 with ptrace allowed).
+bool canStep();
+
+/// Every how many-th point a sweep tries: `usual`, or each one when the environment says ZIP_FAULTS=all.
+long stride(long usual);
+
+/// The file-system calls a full disk, a quota, a missing right and so on can hit.
+std::vector<long> creatingCalls();
+std::vector<long> openingCalls();
+std::vector<long> changingCalls();
+std::vector<long> allFileCalls();
+
+}  // namespace fault

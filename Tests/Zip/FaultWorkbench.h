@@ -1,0 +1,51 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Tests/Zip/TemporaryFolder.h"
+#include "VeltrikAppKit/Archive.h"
+
+namespace fault {
+
+/// A folder with an archive, "archive.zip", and a tree of files, "source", that operations can be tried on again and
+/// again.
+class Workbench {
+ public:
+  Workbench();
+
+  /// Everything as in the beginning.
+  void reset() const;
+  std::filesystem::path path(std::string_view name) const { return folder_.path() / name; }
+  platform::URL url(std::string_view name) const;
+  platform::URL archiveURL() const { return url("archive.zip"); }
+  std::string archiveBytes() const { return readFile(path("archive.zip")); }
+  const std::string& originalArchive() const { return original_; }
+
+  /// What stands in the folder: each item's kind, mode and content, and below "out" also the times that were set.
+  std::map<std::string, std::string> contents() const;
+
+ private:
+  TemporaryFolder folder_;
+  std::string original_;
+};
+
+/// A public operation on a workbench, and what it promises about the archive when it fails.
+struct Operation {
+  enum class OnFailure {
+    archiveAsBefore,
+    archiveAsBeforeOrDone,
+  };
+
+  std::string name;
+  OnFailure onFailure;
+  /// Throws when it fails; the text says what it read, if it reads.
+  std::function<std::string(const Workbench&)> run;
+};
+
+/// Every public operation: opening, iterating, looking up, extracting, adding, removing, packing and unpacking.
+std::vector<Operation> operations();
+
+}  // namespace fault
