@@ -1,0 +1,233 @@
+#include "Platform/AppKit/NSWindowController.h"
+#include "Platform/Foundation/ProcessInfo.h"
+#include "Tests/VeltrikAppKit/PluginTest.h"
+
+namespace veltrik {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+class BindingTest : public PluginTest {};
+
+TEST_F(BindingTest, TheTitleThatIsAPendingIdentifierBindsTheWindowAndIsNotShown) {
+  const auto bound = bind("main");
+  ASSERT_TRUE(bound.helper());
+  EXPECT_EQ(bound.native->title(), "");
+  EXPECT_EQ(bound.native->attached().get(kHostWindowID), "main");
+  EXPECT_TRUE(bound.native->attached().get(kIsHelperBound));
+  EXPECT_EQ(bound.helper()->nsWindowNumber(), bound.native->windowNumber());
+  EXPECT_EQ(bound.native->tabbingMode(), platform::TabbingMode::disallowed);
+  EXPECT_THAT(bound.native->registeredDraggedTypes(), ElementsAre("public.file-url"));
+  EXPECT_THAT(log, Contains("[🍀VERBOSE] VeltrikAppKitWindowHelper.init(main)"));
+}
+
+TEST_F(BindingTest, AnyOtherTitleIsShownAndBindsNothing) {
+  int calls = 0;
+  appKit->bindNSWindowWithUIWindowID("main", [&](const auto&) { ++calls; });
+  const auto window = makeNativeWindow();
+  window->setTitle("Main");
+  EXPECT_EQ(window->title(), "Main");
+  EXPECT_FALSE(window->attached().get(kIsHelperBound));
+  EXPECT_EQ(window->attached().get(kHostWindowID), "");
+  EXPECT_EQ(calls, 0);
+}
+
+TEST_F(BindingTest, OfTwoBindingsOfOneIdentifierOnlyTheSecondIsCalledAndOnlyOnce) {
+  std::vector<int> called;
+  appKit->bindNSWindowWithUIWindowID("main", [&](const auto&) { called.push_back(1); });
+  appKit->bindNSWindowWithUIWindowID("main", [&](const auto&) { called.push_back(2); });
+  const auto first = makeNativeWindow();
+  const auto second = makeNativeWindow();
+  first->setTitle("main");
+  second->setTitle("main");
+  EXPECT_THAT(called, ElementsAre(2));
+  EXPECT_EQ(second->title(), "main");
+}
+
+TEST_F(BindingTest, ABlockThatSetsTheTitleAgainIsNotCalledAgain) {
+  int calls = 0;
+  const auto window = makeNativeWindow();
+  appKit->bindNSWindowWithUIWindowID("main", [&](const auto&) {
+    ++calls;
+    window->setTitle("main");
+  });
+  window->setTitle("main");
+  EXPECT_EQ(calls, 1);
+  EXPECT_EQ(window->title(), "");
+}
+
+TEST_F(BindingTest, ABlockThatThrowsIsNotCalledAgain) {
+  int calls = 0;
+  const auto window = makeNativeWindow();
+  appKit->bindNSWindowWithUIWindowID("main", [&](const auto&) {
+    ++calls;
+    throw std::runtime_error("host");
+  });
+  EXPECT_THROW(window->setTitle("main"), std::runtime_error);
+  window->setTitle("main");
+  EXPECT_EQ(calls, 1);
+  EXPECT_EQ(window->title(), "main");
+}
+
+TEST_F(BindingTest, AHelperThatTheHostDoesNotKeepIsGone) {
+  appKit->bindNSWindowWithUIWindowID("main", [](const auto&) {});
+  const auto window = makeNativeWindow();
+  window->setTitle("main");
+  EXPECT_THAT(log, Contains("[🍀VERBOSE] deinit VeltrikAppKitWindowHelper"));
+  window->makeKeyAndOrderFront(nullptr);
+  EXPECT_TRUE(window->isVisible());
+}
+
+struct InitialStateRow {
+  const char* name;
+  std::function<void(TestHostWindow&)> given;
+  Rect frame;
+  std::optional<double> inset;
+  bool isPopover;
+};
+
+class InitialStateTest : public BindingTest, public testing::WithParamInterface<InitialStateRow> {};
+
+// A window made with the content rectangle (100, 100, 800, 600) has the frame (100, 100, 800, 629).
+TEST_P(InitialStateTest, FollowsTheDelegate) {
+  const auto hostWindow = std::make_shared<TestHostWindow>("main");
+  GetParam().given(*hostWindow);
+  const auto bound = bind(hostWindow);
+  EXPECT_EQ(bound.native->frame(), GetParam().frame);
+  EXPECT_EQ(bound.native->attached().get(kContentTopInset), GetParam().inset);
+  EXPECT_EQ(bound.helper()->isPopoverWindow(), GetParam().isPopover);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, InitialStateTest,
+    testing::Values(
+        InitialStateRow{"Nothing", [](auto&) {}, {100, 100, 800, 629}, std::nullopt, false},
+        InitialStateRow{"Size",
+                        [](auto& w) {
+                          w.initialSize = {640, 480};
+                        },
+                        {100, 100, 640, 480},
+                        std::nullopt,
+                        false},
+        InitialStateRow{"ZeroWidth",
+                        [](auto& w) {
+                          w.initialSize = {0, 300};
+                        },
+                        {100, 100, 0, 300},
+                        std::nullopt,
+                        false},
+        InitialStateRow{
+            "TitleColor", [](auto& w) { w.titleColor = platform::Color{}; }, {100, 100, 800, 629}, 29, false},
+        InitialStateRow{"Popover", [](auto& w) { w.popover.emplace(); }, {100, 100, 800, 629}, 29, true}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(BindingTest, TheMinimumSizeAndTheTitleBarBelongToTheSystemsVersion) {
+  EXPECT_EQ(bind("new").native->contentMinSize(), Size());
+  EXPECT_EQ(bind("new bar").helper()->titleBarHeight(), 29.0);
+  platform::setOperatingSystemVersionForTesting(10);
+  EXPECT_EQ(bind("old").native->contentMinSize(), Size(100, 100));
+  EXPECT_EQ(bind("old bar").helper()->titleBarHeight(), 23.0);
+  platform::setOperatingSystemVersionForTesting(11);
+}
+
+TEST_F(BindingTest, TheFirstTimeItIsShownConfiguresTheWindow) {
+  const auto hostWindow = std::make_shared<TestHostWindow>("main");
+  hostWindow->closable = false;
+  hostWindow->onlyCloseButton = true;
+  hostWindow->titleColor = platform::Color{0.25, 0.5, 0.75, 1};
+  const auto bound = bind(hostWindow);
+  bound.native->setRestorable(true);
+  bound.native->makeKeyAndOrderFront(nullptr);
+
+  EXPECT_EQ(bound.native->styleMask(), platform::StyleMask::kTitled | platform::StyleMask::kMiniaturizable);
+  EXPECT_TRUE(bound.native->titlebarAppearsTransparent());
+  EXPECT_TRUE(bound.native->isTitleHidden());
+  EXPECT_EQ(bound.native->backgroundColor(), hostWindow->titleColor);
+  EXPECT_FALSE(bound.helper()->isWindowRestorable());
+  EXPECT_EQ(bound.native->collectionBehavior(), 0x100u);
+}
+
+TEST_F(BindingTest, OnlyTheCloseButtonIsLeftWhereTheHostWantsThat) {
+  const auto hostWindow = std::make_shared<TestHostWindow>("main");
+  hostWindow->onlyCloseButton = true;
+  const auto bound = bind(hostWindow);
+  bound.native->makeKeyAndOrderFront(nullptr);
+  using platform::WindowButton;
+  EXPECT_FALSE(bound.native->standardWindowButton(WindowButton::close)->hidden);
+  EXPECT_TRUE(bound.native->standardWindowButton(WindowButton::miniaturize)->hidden);
+  EXPECT_TRUE(bound.native->standardWindowButton(WindowButton::zoom)->hidden);
+}
+
+TEST_F(BindingTest, TheSecondTimeItIsShownConfiguresNothing) {
+  const auto bound = bind("main");
+  bound.native->makeKeyAndOrderFront(nullptr);
+  bound.helper()->setIsWindowRestorable(true);
+  bound.host->titleColor = platform::Color{};
+  bound.native->makeKeyAndOrderFront(nullptr);
+  EXPECT_TRUE(bound.helper()->isWindowRestorable());
+  EXPECT_FALSE(bound.native->isTitleHidden());
+}
+
+TEST_F(BindingTest, AWindowToBeHiddenAtFirstIsShownByTheNextOrder) {
+  const auto hostWindow = std::make_shared<TestHostWindow>("main");
+  hostWindow->orderedOut = true;
+  const auto bound = bind(hostWindow);
+  bound.native->makeKeyAndOrderFront(nullptr);
+  EXPECT_FALSE(bound.native->isVisible());
+  EXPECT_THAT(log, Contains("[🍀VERBOSE] window ordered out: main"));
+  bound.helper()->orderFrontNSWindow();
+  EXPECT_TRUE(bound.native->isVisible());
+}
+
+TEST_F(BindingTest, AnAutosavedFrameComesBackAndIsTold) {
+  const Rect moved{50, 60, 700, 500};
+  const auto open = [&] {
+    const auto hostWindow = std::make_shared<TestHostWindow>("main");
+    hostWindow->autosaveName = "Chat";
+    const auto native = makeNativeWindow();
+    native->setWindowController(std::make_shared<platform::NSWindowController>(native));
+    const auto bound = bind(hostWindow, native);
+    native->makeKeyAndOrderFront(nullptr);
+    return bound;
+  };
+  const auto first = open();
+  EXPECT_THAT(first.host->calls, Contains("windowDidResizeByAutoSavedFrame"));
+  first.native->setFrame(moved, true);
+  first.helper()->closeWindow();
+  EXPECT_EQ(open().native->frame(), moved);
+}
+
+TEST_F(BindingTest, WithoutAControllerTheAutosavedFrameIsToldAllTheSame) {
+  const auto hostWindow = std::make_shared<TestHostWindow>("main");
+  hostWindow->autosaveName = "Chat";
+  const auto bound = bind(hostWindow);
+  bound.native->makeKeyAndOrderFront(nullptr);
+  EXPECT_THAT(hostWindow->calls, Contains("windowDidResizeByAutoSavedFrame"));
+  EXPECT_EQ(bound.native->frameAutosaveName(), "");
+}
+
+TEST_F(BindingTest, WithoutADelegateTheWindowIsBoundButNotConfigured) {
+  std::shared_ptr<VeltrikAppKitWindowHelperProtocol> helper;
+  appKit->bindNSWindowWithUIWindowID("main", [&](const auto& made) { helper = made; });
+  const auto window = makeNativeWindow();
+  window->setTitle("main");
+  window->setRestorable(true);
+  window->makeKeyAndOrderFront(nullptr);
+  EXPECT_TRUE(window->attached().get(kIsHelperBound));
+  EXPECT_TRUE(window->isRestorable());
+}
+
+TEST_F(BindingTest, ASecondPrincipalObjectSharesTheBindingAndLeavesTheExchangeAsItIs) {
+  const auto second = VeltrikAppKit::make();
+  const auto bound = bind("main");
+  EXPECT_EQ(bound.native->title(), "");
+  int calls = 0;
+  second->bindNSWindowWithUIWindowID("other", [&](const auto&) { ++calls; });
+  makeNativeWindow()->setTitle("other");
+  EXPECT_EQ(calls, 1);
+}
+
+}  // namespace
+}  // namespace veltrik

@@ -1,0 +1,293 @@
+#include "Platform/AppKit/NSMenu.h"
+#include "Platform/Foundation/NotificationCenter.h"
+#include "Platform/Foundation/UserDefaults.h"
+#include "Tests/VeltrikAppKit/PluginTest.h"
+
+namespace veltrik {
+namespace {
+
+using headless::BroadcastMessage;
+using platform::NSApplicationDelegate;
+using platform::TerminateReply;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The host's own application delegate; its class answers the questions that a test adds to it.
+class TestApplicationDelegate final : public NSApplicationDelegate {
+ public:
+  platform::runtime::Class& runtimeClass() const override { return hostClass; }
+  mutable platform::runtime::Class hostClass{"TestApplicationDelegate", nullptr};
+  std::vector<std::string> asked;
+
+  void answerReopen() {
+    hostClass.addMethod(platform::kShouldHandleReopen, [this](NSApplicationDelegate&, bool) {
+      asked.emplace_back("reopen");
+      return false;
+    });
+  }
+  void answerTerminate() {
+    hostClass.addMethod(platform::kShouldTerminate, [this](NSApplicationDelegate&) {
+      asked.emplace_back("terminate");
+      return TerminateReply::cancel;
+    });
+  }
+  void answerDockMenu() {
+    hostClass.addMethod(platform::kDockMenu, [this](NSApplicationDelegate&) {
+      asked.emplace_back("dock menu");
+      return std::make_shared<platform::NSMenu>("host");
+    });
+  }
+};
+
+class LifecycleTest : public PluginTest {
+ protected:
+  LifecycleTest() { NSApplication::shared().setDelegate(applicationDelegate); }
+  void launch() {
+    appKit->applicationDidFinishLaunching();
+    desktop.settle();
+  }
+  void launchWithAllQuestions() {
+    applicationDelegate->answerReopen();
+    applicationDelegate->answerTerminate();
+    applicationDelegate->answerDockMenu();
+    launch();
+  }
+  void activateAgain() {
+    desktop.windows().userDeactivatesAll();
+    desktop.settle();
+    appKit->activeIgnoringOtherApps();
+    desktop.settle();
+  }
+
+  std::shared_ptr<TestApplicationDelegate> applicationDelegate = std::make_shared<TestApplicationDelegate>();
+};
+
+TEST_F(LifecycleTest, CreationForcesTwoSettings) {
+  EXPECT_EQ(platform::UserDefaults::standard().get("NSFullScreenMenuItemEverywhere"), platform::Value(false));
+  EXPECT_FALSE(NSWindow::allowsAutomaticWindowTabbing());
+}
+
+TEST_F(LifecycleTest, TheTakeOverHappensInALaterTurn) {
+  applicationDelegate->answerReopen();
+  appKit->applicationDidFinishLaunching();
+  EXPECT_FALSE(NSApplication::shared().reopen());
+  EXPECT_THAT(applicationDelegate->asked, ElementsAre("reopen"));
+  desktop.settle();
+  EXPECT_TRUE(NSApplication::shared().reopen());
+  EXPECT_THAT(applicationDelegate->asked, ElementsAre("reopen"));
+}
+
+TEST_F(LifecycleTest, OnlyTheQuestionsThatTheHostsClassAnswersAreTakenOver) {
+  applicationDelegate->answerTerminate();
+  launch();
+  EXPECT_FALSE(applicationDelegate->hostClass.responds(platform::kShouldHandleReopen.selector));
+  EXPECT_FALSE(applicationDelegate->hostClass.responds(platform::kDockMenu.selector));
+  EXPECT_EQ(NSApplication::shared().dockMenu(), nullptr);
+  appKit->terminate();
+  EXPECT_TRUE(host->was("applicationUserTerminate"));
+  EXPECT_THAT(applicationDelegate->asked, IsEmpty());
+}
+
+TEST_F(LifecycleTest, AnInheritedAnswerIsTakenOverForTheHostsClassAlone) {
+  platform::runtime::Class base("Base", nullptr);
+  base.addMethod(platform::kShouldHandleReopen, [](NSApplicationDelegate&, bool) { return false; });
+  class Derived final : public NSApplicationDelegate {
+   public:
+    explicit Derived(const platform::runtime::Class& superclass) : hostClass("Derived", &superclass) {}
+    platform::runtime::Class& runtimeClass() const override { return hostClass; }
+    mutable platform::runtime::Class hostClass;
+  };
+  const auto derived = std::make_shared<Derived>(base);
+  NSApplication::shared().setDelegate(derived);
+  launch();
+  EXPECT_TRUE(NSApplication::shared().reopen());
+  const auto inherited =
+      base.instanceMethod(platform::kShouldHandleReopen.selector).as<bool(NSApplicationDelegate&, bool)>();
+  EXPECT_FALSE((*inherited)(*derived, true));
+}
+
+TEST_F(LifecycleTest, WithoutAnApplicationDelegateThereIsNothingToTakeOver) {
+  NSApplication::shared().setDelegate({});
+  launch();
+  EXPECT_EQ(NSApplication::shared().dockMenu(), nullptr);
+}
+
+TEST_F(LifecycleTest, ReopeningIsTheHostsToAnswerAndGrantedWithoutOne) {
+  launchWithAllQuestions();
+  host->reopens = false;
+  EXPECT_FALSE(NSApplication::shared().reopen());
+  host->reopens = true;
+  EXPECT_TRUE(NSApplication::shared().reopen());
+  host.reset();
+  for (const bool hasVisibleWindows : {false, true})
+    EXPECT_TRUE(platform::runtime::send(platform::kShouldHandleReopen,
+                                        static_cast<NSApplicationDelegate&>(*applicationDelegate), hasVisibleWindows));
+}
+
+TEST_F(LifecycleTest, TerminatingMarksAllWindowsBeforeItClosesTheFirst) {
+  launchWithAllQuestions();
+  const auto first = show("first");
+  const auto second = show("second");
+  const auto foreign = makeNativeWindow();
+  bool allMarked = false;
+  first.host->reactions["windowWillClose"] = [&] {
+    allMarked =
+        first.helper()->isForcedClose() && second.helper()->isForcedClose() && foreign->attached().get(kIsForcedClose);
+  };
+  host->reactions["applicationUserTerminate"] = [&] {
+    EXPECT_TRUE(NSApplication::shared().windows().empty());
+    EXPECT_THAT(postedNames(), ElementsAre("mirelo_parentWindowWillClose", "mirelo_parentWindowWillClose"));
+  };
+  appKit->terminate();
+  EXPECT_TRUE(allMarked);
+  EXPECT_TRUE(host->was("applicationUserTerminate"));
+  EXPECT_THAT(desktop.broadcast()->takePosted(),
+              ElementsAre(BroadcastMessage{"mirelo_mireloAppWillTerminate", "", {}}));
+  EXPECT_TRUE(NSApplication::shared().isTerminating());
+}
+
+TEST_F(LifecycleTest, TerminatingWithoutADelegateIsPostedToo) {
+  launchWithAllQuestions();
+  host.reset();
+  appKit->terminate();
+  EXPECT_THAT(postedNames(), ElementsAre("mirelo_mireloAppWillTerminate"));
+  EXPECT_TRUE(NSApplication::shared().isTerminating());
+}
+
+TEST_F(LifecycleTest, BecomingActiveIsToldAndPostedHalfASecondLater) {
+  const auto bound = show("main");
+  launch();
+  activateAgain();
+  EXPECT_TRUE(host->was("applicationDidBecomeActive"));
+  postedNames();
+  desktop.advance(0.49);
+  EXPECT_THAT(postedNames(), IsEmpty());
+  desktop.advance(0.02);
+  EXPECT_THAT(desktop.broadcast()->takePosted(), ElementsAre(BroadcastMessage{"mirelo_mireloAppBecomeActive", "", {}}));
+  EXPECT_THAT(log, Contains("WebView >>>> pos mirelo_mireloAppBecomeActive userInfo: [:]"));
+}
+
+TEST_F(LifecycleTest, BecomingActiveWithoutADelegatePostsNothing) {
+  const auto bound = show("main");
+  launch();
+  bound.helper()->setDelegate({});
+  host.reset();
+  activateAgain();
+  desktop.advance(1);
+  EXPECT_THAT(postedNames(), IsEmpty());
+}
+
+TEST_F(LifecycleTest, WhatWasToBePostedLaterIsNotWhenThePrincipalObjectHasGone) {
+  const auto bound = show("main");
+  launch();
+  activateAgain();
+  postedNames();
+  appKit.reset();
+  desktop.advance(1);
+  EXPECT_THAT(postedNames(), IsEmpty());
+}
+
+TEST_F(LifecycleTest, AfterTheEndActivationIsNotToldAnyMore) {
+  const auto bound = show("main");
+  launch();
+  appKit->applicationWillTerminate();
+  activateAgain();
+  EXPECT_FALSE(host->was("applicationDidBecomeActive"));
+}
+
+TEST_F(LifecycleTest, TheDockMenuOpensTheMainWindowOfTheLastPrincipalObject) {
+  launchWithAllQuestions();
+  const auto menu = NSApplication::shared().dockMenu();
+  ASSERT_TRUE(menu);
+  EXPECT_EQ(menu->title(), "MainWindow");
+  EXPECT_FALSE(menu->autoenablesItems());
+  ASSERT_EQ(menu->items().size(), 1u);
+  const auto item = menu->items()[0];
+  EXPECT_EQ(item->title(), "Mirelo 열기");
+  EXPECT_EQ(item->action(), "openMainWindow:");
+  EXPECT_EQ(item->keyEquivalent(), "");
+  EXPECT_EQ(item->tag(), 1);
+  EXPECT_TRUE(item->perform());
+  EXPECT_THAT(host->takeCalls(), ElementsAre("openMainWindow"));
+
+  const auto second = VeltrikAppKit::make();
+  const auto secondHost = std::make_shared<TestHost>();
+  second->setDelegate(secondHost);
+  EXPECT_TRUE(NSApplication::shared().dockMenu()->items()[0]->perform());
+  EXPECT_THAT(secondHost->calls, ElementsAre("openMainWindow"));
+  EXPECT_THAT(host->calls, IsEmpty());
+}
+
+TEST_F(LifecycleTest, TheDelegateSetLastAnswersForTheApplication) {
+  launchWithAllQuestions();
+  const auto second = VeltrikAppKit::make();
+  const auto secondHost = std::make_shared<TestHost>();
+  secondHost->reopens = false;
+  second->setDelegate(secondHost);
+  EXPECT_FALSE(NSApplication::shared().reopen());
+  EXPECT_EQ(appKit->delegate(), host);
+  appKit->setDelegate(host);
+  EXPECT_TRUE(NSApplication::shared().reopen());
+}
+
+TEST_F(LifecycleTest, FullScreenIsAPresentationOption) {
+  EXPECT_FALSE(appKit->isFullscreenMode());
+  NSApplication::shared().setPresentationOptions(1024 | 1);
+  EXPECT_TRUE(appKit->isFullscreenMode());
+  NSApplication::shared().setPresentationOptions(1023);
+  EXPECT_FALSE(appKit->isFullscreenMode());
+}
+
+TEST_F(LifecycleTest, ItsEndIsWrittenToStandardOutput) {
+  testing::internal::CaptureStdout();
+  appKit.reset();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), ">>> veltrikAppKit deinit\n");
+}
+
+struct FeedbackRow {
+  const char* name;
+  platform::Dictionary userInfo;
+  std::optional<std::string> json;
+  const char* logged;
+};
+
+class FeedbackTest : public LifecycleTest, public testing::WithParamInterface<FeedbackRow> {};
+
+TEST_P(FeedbackTest, IsRelayedAsJSONText) {
+  desktop.broadcast()->receiveFromOtherProcess({"mirelo_webViewFeedback", "", GetParam().userInfo});
+  desktop.settle();
+  EXPECT_TRUE(host->was("handleWebViewFeedBackWithUserInfo"));
+  EXPECT_EQ(host->feedback, GetParam().json);
+  EXPECT_THAT(log, Contains(std::string("WebView >>>> notification userInfo = ") + GetParam().logged));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, FeedbackTest,
+    testing::Values(FeedbackRow{"Empty", {}, std::nullopt, "[:]"},
+                    FeedbackRow{"Text", {{"답", "예"}}, "{\n  \"답\": \"예\"\n}", "[\"답\": \"예\"]"},
+                    FeedbackRow{"NotANumber",
+                                {{"n", platform::Value::Array{std::numeric_limits<double>::infinity()}}},
+                                std::nullopt,
+                                "[\"n\": [inf]]"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(LifecycleTest, MembersThatAreToComeSayWhichTheyAreAndChangeNothing) {
+  const auto bound = show("main");
+  log.clear();
+  bool answered = false;
+  appKit->showSavePanel("a.txt", std::nullopt, [&](const auto& place) { answered = !place; });
+  EXPECT_FALSE(answered);
+  desktop.settle();
+  EXPECT_TRUE(answered);
+  EXPECT_EQ(appKit->createStatusBarItemWithImageName("icon"), nullptr);
+  appKit->setBadgeLabel("3");
+  bound.helper()->updateFrameIfNeeded();
+  EXPECT_THAT(log, ElementsAre("showSavePanel is not available in this build",
+                               "createStatusBarItemWithImageName is not available in this build",
+                               "setBadgeLabel is not available in this build",
+                               "updateFrameIfNeeded is not available in this build"));
+}
+
+}  // namespace
+}  // namespace veltrik

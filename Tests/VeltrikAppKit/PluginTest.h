@@ -1,0 +1,114 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Backends/Headless/HeadlessBackend.h"
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSView.h"
+#include "Platform/AppKit/NSWindow.h"
+#include "Platform/Foundation/Log.h"
+#include "Platform/Foundation/Session.h"
+#include "Tests/VeltrikAppKit/TestHost.h"
+#include "VeltrikAppKit/NSWindow+Veltrik.h"
+#include "VeltrikAppKit/VeltrikAppKit.h"
+
+namespace veltrik {
+
+using platform::NSApplication;
+using platform::NSView;
+using platform::NSWindow;
+using platform::Point;
+using platform::Rect;
+using platform::Size;
+
+inline constexpr unsigned kOrdinaryStyle = platform::StyleMask::kTitled | platform::StyleMask::kClosable |
+                                           platform::StyleMask::kMiniaturizable | platform::StyleMask::kResizable;
+
+/// A view that takes the focus, as the compatibility layer's does.
+class HostView final : public NSView {
+ public:
+  using NSView::NSView;
+  bool acceptsFirstResponder() override { return true; }
+  void mouseDown(const platform::EventPointer&) override { ++mouseDowns; }
+  void keyDown(const platform::EventPointer& event) override { keys += event->characters; }
+  int mouseDowns = 0;
+  std::string keys;
+};
+
+/// Keeps the log's lines while it lives.
+class LogCapture {
+ public:
+  LogCapture() : former_(platform::setLogSink([this](const std::string& line) { lines.push_back(line); })) {}
+  ~LogCapture() { platform::setLogSink(former_); }
+  LogCapture(const LogCapture&) = delete;
+  LogCapture& operator=(const LogCapture&) = delete;
+  std::vector<std::string> lines;
+
+ private:
+  std::function<void(const std::string&)> former_;
+};
+
+/// A host on a fresh desktop with one principal object.
+class PluginTest : public testing::Test {
+ protected:
+  PluginTest() { appKit->setDelegate(host); }
+
+  /// What the compatibility layer makes: a native window with a view that has the focus.
+  static std::shared_ptr<NSWindow> makeNativeWindow(const Rect& content = {100, 100, 800, 600}) {
+    auto window = NSWindow::make(content, kOrdinaryStyle);
+    window->setContentView(std::make_shared<HostView>());
+    window->makeFirstResponder(window->contentView());
+    return window;
+  }
+
+  struct BoundWindow {
+    std::shared_ptr<NSWindow> native;
+    std::shared_ptr<TestHostWindow> host;
+    const std::shared_ptr<VeltrikAppKitWindowHelperProtocol>& helper() const { return host->helper; }
+    HostView& view() const { return static_cast<HostView&>(*native->contentView()); }
+  };
+
+  /// Binds a native window, not yet shown, to a host window.
+  BoundWindow bind(const std::shared_ptr<TestHostWindow>& hostWindow,
+                   const std::shared_ptr<NSWindow>& native = makeNativeWindow()) {
+    appKit->bindNSWindowWithUIWindowID(hostWindow->id, [hostWindow](const auto& helper) {
+      hostWindow->helper = helper;
+      helper->setDelegate(hostWindow);
+    });
+    native->setTitle(hostWindow->id);
+    return {native, hostWindow};
+  }
+  BoundWindow bind(const std::string& id) { return bind(std::make_shared<TestHostWindow>(id)); }
+
+  /// Binds and shows a window, and forgets what was told and posted meanwhile.
+  BoundWindow show(const std::shared_ptr<TestHostWindow>& hostWindow) {
+    const auto bound = bind(hostWindow);
+    bound.native->makeKeyAndOrderFront(nullptr);
+    desktop.settle();
+    hostWindow->takeCalls();
+    desktop.broadcast()->takePosted();
+    return bound;
+  }
+  BoundWindow show(const std::string& id) { return show(std::make_shared<TestHostWindow>(id)); }
+
+  std::vector<std::string> postedNames() {
+    std::vector<std::string> names;
+    for (const auto& message : desktop.broadcast()->takePosted()) names.push_back(message.name);
+    return names;
+  }
+
+  LogCapture capture;  // outlives all that writes to it
+  std::vector<std::string>& log = capture.lines;
+  headless::HeadlessBackend desktop;
+  platform::Session session{desktop};
+  std::shared_ptr<TestHost> host = std::make_shared<TestHost>();
+  std::shared_ptr<VeltrikAppKit> appKit = VeltrikAppKit::make();
+};
+
+}  // namespace veltrik

@@ -1,0 +1,264 @@
+#include <stdexcept>
+
+#include "Platform/AppKit/NSMenu.h"
+#include "Tests/VeltrikAppKit/PluginTest.h"
+#include "VeltrikAppKit/VeltrikAppKitWindowHelper.h"
+
+namespace veltrik {
+namespace {
+
+/// One member of a window's delegate, and what leads to its call.
+struct Callback {
+  const char* member;
+  bool shownBefore;
+  std::function<void(headless::HeadlessBackend&, NSWindow&)> provoke;
+};
+
+enum class Deed { closeWindow, dropHelper, dropDelegate, callBackIn, throwException };
+
+constexpr std::pair<Deed, const char*> kDeeds[] = {{Deed::closeWindow, "ClosesTheWindow"},
+                                                   {Deed::dropHelper, "DropsTheHelper"},
+                                                   {Deed::dropDelegate, "DropsTheDelegate"},
+                                                   {Deed::callBackIn, "CallsBackIn"},
+                                                   {Deed::throwException, "Throws"}};
+
+void show(headless::HeadlessBackend&, NSWindow& window) {
+  window.makeKeyAndOrderFront(nullptr);
+}
+void resize(headless::HeadlessBackend&, NSWindow& window) {
+  window.setFrame({10, 20, 500, 400}, true);
+}
+void askToClose(headless::HeadlessBackend&, NSWindow& window) {
+  window.performClose();
+}
+
+/// Shows another window over this one.
+void loseFocus(headless::HeadlessBackend&, NSWindow&) {
+  NSWindow::make({600, 500, 100, 100}, kOrdinaryStyle)->makeKeyAndOrderFront(nullptr);
+}
+
+void bindAgain(headless::HeadlessBackend&, NSWindow& window) {
+  window.setTitle("again");
+}
+
+const Callback kCallbacks[] = {
+    {"customTitleBackgroundColor", true, bindAgain},
+    {"popoverWindowDescription", true, bindAgain},
+    {"initialWindowSize", true, bindAgain},
+    {"isOrderedOutWithFirstBecomeMain", false, show},
+    {"closableByUserInterface", false, show},
+    {"showOnlyCloseButton", false, show},
+    {"frameAutosaveName", false, show},
+    {"windowDidResizeByAutoSavedFrame", false, show},
+    {"windowDidBecomeMain", false, show},
+    {"windowDidBecomeKey", false, show},
+    {"windowDidResignMain", true, loseFocus},
+    {"windowDidResignKey", true, loseFocus},
+    {"windowShouldClose", true, askToClose},
+    {"windowWillClose", true, askToClose},
+    {"windowDidResize", true, resize},
+    {"uiWindowID", true, resize},
+    {"windowWillResize", true,
+     [](headless::HeadlessBackend& desktop, NSWindow& window) {
+       const Point corner{window.frame().maxX() - 1, window.frame().minY() + 1};
+       desktop.user().drag(corner, corner + Point{40, -30}, 2);
+     }},
+    {"windowDidMiniaturize", true, [](headless::HeadlessBackend&, NSWindow& window) { window.miniaturize(); }},
+    {"windowDidDeminiaturize", true,
+     [](headless::HeadlessBackend& desktop, NSWindow& window) {
+       window.miniaturize();
+       desktop.settle();
+       window.deminiaturize();
+     }},
+    {"mouseDoubleTapped", true,
+     [](headless::HeadlessBackend& desktop, NSWindow& window) { desktop.user().click(window.frame().center(), 2); }},
+    {"mouseRightClick", true,
+     [](headless::HeadlessBackend& desktop, NSWindow& window) {
+       desktop.user().click(window.frame().center(), 1, headless::Button::right);
+     }},
+    {"isInputableIosResponder", true,
+     [](headless::HeadlessBackend& desktop, NSWindow&) { desktop.user().key(platform::KeyCode::kA, "a"); }},
+    {"uiWindowBounds", true, [](headless::HeadlessBackend&, NSWindow& window) {
+       const auto keeper = std::static_pointer_cast<VeltrikAppKitWindowHelper>(window.delegate().lock());
+       if (keeper) keeper->addMovableBounds({0, 0, 100, 40});
+     }}};
+
+class WindowDelegateReentrancyTest
+    : public PluginTest,
+      public testing::WithParamInterface<std::tuple<Callback, std::pair<Deed, const char*>>> {
+ protected:
+  /// Inside a call from the helper: what a hostWindow may do.
+  static void commit(Deed deed, std::shared_ptr<TestHostWindow>& hostWindow, NSWindow& window) {
+    const auto helper = hostWindow->helper;
+    switch (deed) {
+      case Deed::closeWindow:
+        helper->closeWindow();
+        break;
+      case Deed::dropHelper:
+        hostWindow->helper.reset();
+        break;
+      case Deed::dropDelegate:
+        hostWindow.reset();
+        break;
+      case Deed::callBackIn:
+        helper->addMovableBounds({0, 0, 10, 10});
+        helper->orderFrontBehideCurrentWindows();
+        helper->makeMainAndKeyNSWindow();
+        helper->addConversationTextInputViewOn({0, 500, 100, 30}, {});
+        helper->makeTextViewFirstResponder(false);
+        helper->setContentSize({0, 0, 321, 234});
+        window.setTitle("main");
+        helper->generateRightArrowKey();
+        helper->resetAllMovableBounds();
+        break;
+      case Deed::throwException:
+        throw std::runtime_error("host");
+    }
+  }
+};
+
+TEST_P(WindowDelegateReentrancyTest, LeavesThePluginUsable) {
+  const auto& [callback, deed] = GetParam();
+  const Deed wanted = deed.first;
+  const auto native = makeNativeWindow();
+  auto hostWindow = std::make_shared<TestHostWindow>("main");
+  hostWindow->autosaveName = "Chat";
+  bind(hostWindow, native);
+  if (callback.shownBefore) native->makeKeyAndOrderFront(nullptr);
+  desktop.settle();
+  // For the members that are read at binding: the same hostWindow window once more.
+  appKit->bindNSWindowWithUIWindowID("again", [&hostWindow](const auto& helper) {
+    hostWindow->helper = helper;
+    helper->setDelegate(hostWindow);
+  });
+  int calls = 0;
+  hostWindow->reactions[callback.member] = [&] {
+    if (++calls == 1) commit(wanted, hostWindow, *native);
+  };
+
+  bool thrown = false;
+  try {
+    callback.provoke(desktop, *native);
+    desktop.settle();
+  } catch (const std::runtime_error&) {
+    thrown = true;
+  }
+  desktop.settle();
+  EXPECT_GE(calls, 1);
+  EXPECT_EQ(thrown, wanted == Deed::throwException);
+
+  // Another window lives a whole life beside what is left of this one.
+  const auto next = PluginTest::show("next");
+  desktop.user().key(platform::KeyCode::kA, "a");
+  EXPECT_EQ(next.view().keys, "a");
+  next.helper()->closeWindow();
+  EXPECT_TRUE(next.host->was("windowWillClose"));
+  native->close();
+  desktop.settle();
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, WindowDelegateReentrancyTest,
+                         testing::Combine(testing::ValuesIn(kCallbacks), testing::ValuesIn(kDeeds)),
+                         [](const auto& row) {
+                           return std::string(std::get<0>(row.param).member) + std::get<1>(row.param).second;
+                         });
+
+/// One member of the application-wide delegate, and what leads to its call.
+struct ApplicationCallback {
+  const char* member;
+  std::function<void(headless::HeadlessBackend&)> provoke;
+};
+
+class HostApplicationDelegate final : public platform::NSApplicationDelegate {
+ public:
+  HostApplicationDelegate() {
+    hostClass.addMethod(platform::kShouldHandleReopen, [](platform::NSApplicationDelegate&, bool) { return false; });
+    hostClass.addMethod(platform::kShouldTerminate,
+                        [](platform::NSApplicationDelegate&) { return platform::TerminateReply::cancel; });
+    hostClass.addMethod(platform::kDockMenu,
+                        [](platform::NSApplicationDelegate&) { return std::shared_ptr<platform::NSMenu>(); });
+  }
+  platform::runtime::Class& runtimeClass() const override { return hostClass; }
+  mutable platform::runtime::Class hostClass{"HostApplicationDelegate", nullptr};
+};
+
+const ApplicationCallback kApplicationCallbacks[] = {
+    {"applicationShouldHandleReopen", [](auto&) { NSApplication::shared().reopen(); }},
+    {"applicationUserTerminate", [](auto&) { NSApplication::shared().terminate(nullptr); }},
+    {"openMainWindow", [](auto&) { NSApplication::shared().dockMenu()->items()[0]->perform(); }},
+    {"applicationDidBecomeActive",
+     [](headless::HeadlessBackend& desktop) {
+       desktop.windows().userDeactivatesAll();
+       desktop.settle();
+       NSApplication::shared().activate(true);
+     }},
+    {"handleWebViewFeedBackWithUserInfo", [](headless::HeadlessBackend& desktop) {
+       desktop.broadcast()->receiveFromOtherProcess({"mirelo_webViewFeedback", "", {{"a", 1}}});
+     }}};
+
+class HostDelegateReentrancyTest
+    : public PluginTest,
+      public testing::WithParamInterface<std::tuple<ApplicationCallback, std::pair<Deed, const char*>>> {
+ protected:
+  void commit(Deed deed, const BoundWindow& bound) {
+    switch (deed) {
+      case Deed::closeWindow:
+        bound.helper()->closeWindow();
+        break;
+      case Deed::dropHelper:
+        appKit.reset();  // here the plug-in's object is the principal one
+        break;
+      case Deed::dropDelegate:
+        host.reset();
+        break;
+      case Deed::callBackIn:
+        appKit->setDelegate(std::make_shared<TestHost>());
+        appKit->bindNSWindowWithUIWindowID("x", [](const auto&) {});
+        appKit->activeIgnoringOtherApps();
+        appKit->applicationDidFinishLaunching();
+        appKit->applicationWillTerminate();
+        break;
+      case Deed::throwException:
+        throw std::runtime_error("host");
+    }
+  }
+};
+
+TEST_P(HostDelegateReentrancyTest, LeavesThePluginUsable) {
+  const auto& [callback, deed] = GetParam();
+  const Deed wanted = deed.first;
+  const auto applicationDelegate = std::make_shared<HostApplicationDelegate>();
+  NSApplication::shared().setDelegate(applicationDelegate);
+  const auto bound = show("main");
+  appKit->applicationDidFinishLaunching();
+  desktop.settle();
+  int calls = 0;
+  host->reactions[callback.member] = [&, wanted] {
+    if (++calls == 1) commit(wanted, bound);
+  };
+  bool thrown = false;
+  try {
+    callback.provoke(desktop);
+    desktop.settle();
+  } catch (const std::runtime_error&) {
+    thrown = true;
+  }
+  desktop.advance(1);
+  EXPECT_EQ(calls, 1);
+  EXPECT_EQ(thrown, wanted == Deed::throwException);
+
+  const auto second = VeltrikAppKit::make();
+  const auto secondHost = std::make_shared<TestHost>();
+  second->setDelegate(secondHost);
+  EXPECT_TRUE(NSApplication::shared().reopen());
+  EXPECT_TRUE(secondHost->was("applicationShouldHandleReopen"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, HostDelegateReentrancyTest,
+                         testing::Combine(testing::ValuesIn(kApplicationCallbacks), testing::ValuesIn(kDeeds)),
+                         [](const auto& row) {
+                           return std::string(std::get<0>(row.param).member) + std::get<1>(row.param).second;
+                         });
+
+}  // namespace
+}  // namespace veltrik

@@ -1,0 +1,261 @@
+#include "Platform/Foundation/Geometry.h"
+#include "Tests/VeltrikAppKit/PluginTest.h"
+
+namespace veltrik {
+namespace {
+
+using headless::BroadcastMessage;
+using platform::WindowOrdering;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+class WindowEventsTest : public PluginTest {
+ protected:
+  headless::HeadlessSurface& surfaceOf(const NSWindow& window) {
+    return *desktop.windows().surfaceWithHandle(const_cast<NSWindow&>(window).nativeHandle());
+  }
+  std::vector<std::int64_t> order() const {
+    std::vector<std::int64_t> numbers;
+    for (const NSWindow* each : NSApplication::shared().orderedWindows()) numbers.push_back(each->windowNumber());
+    return numbers;
+  }
+  static BroadcastMessage frameMessage(const std::string& id, const Rect& frame, bool isResized) {
+    return {"mirelo_parentWindowFrame",
+            "",
+            {{"parentID", id},
+             {"parentFrame", platform::NSStringFromRect(frame)},
+             {"isResized", isResized ? "true" : "false"}}};
+  }
+};
+
+TEST_F(WindowEventsTest, KeyAndMainChangesAreTold) {
+  const auto first = show("first");
+  const auto second = show("second");
+  first.host->takeCalls();
+  first.helper()->becomeFirstWindow();
+  EXPECT_THAT(first.host->calls, testing::UnorderedElementsAre("windowDidBecomeMain", "windowDidBecomeKey"));
+  EXPECT_THAT(second.host->calls, testing::UnorderedElementsAre("windowDidResignMain", "windowDidResignKey"));
+}
+
+TEST_F(WindowEventsTest, BecomingMainIsPostedLaterAndKeepsTheHelperUntilThen) {
+  const auto bound = bind("main");
+  bound.native->makeKeyAndOrderFront(nullptr);
+  EXPECT_THAT(postedNames(), IsEmpty());
+  bound.host->helper = nullptr;
+  desktop.settle();
+  EXPECT_THAT(desktop.broadcast()->takePosted(),
+              ElementsAre(BroadcastMessage{"mirelo_parentWindowDidBecomeMain", "", {{"parentID", "main"}}}));
+}
+
+TEST_F(WindowEventsTest, AWindowWithoutDelegateOrIdentifierPostsNothing) {
+  const auto orphan = show("orphan");
+  orphan.helper()->setDelegate({});
+  const auto nameless = show("nameless");
+  nameless.host->id = "";
+  for (const auto& bound : {orphan, nameless}) {
+    bound.helper()->becomeFirstWindow();
+    bound.native->setFrame({1, 2, 300, 400}, true);
+    bound.helper()->closeWindow();
+    desktop.settle();
+  }
+  EXPECT_THAT(postedNames(), IsEmpty());
+}
+
+TEST_F(WindowEventsTest, AHiddenWindowThatResignsMainIsNotTold) {
+  const auto bound = show("main");
+  bound.helper()->setIsWindowHidden(true);
+  EXPECT_FALSE(bound.native->isMainWindow());
+  EXPECT_THAT(bound.host->calls, Not(Contains("windowDidResignMain")));
+}
+
+TEST_F(WindowEventsTest, AResizeIsToldAndPublishedOncePerFrame) {
+  const auto bound = show("main");
+  const Rect frame{10, 20, 500, 400};
+  bound.native->setFrame(frame, true);
+  EXPECT_THAT(bound.host->sizes, ElementsAre(Size(500, 400)));
+  EXPECT_THAT(desktop.broadcast()->takePosted(), ElementsAre(frameMessage("main", frame, true)));
+  // The window is told of its size again; the frame is the one that was published.
+  bound.native->delegate().lock()->windowDidResize(*bound.native);
+  EXPECT_THAT(postedNames(), IsEmpty());
+}
+
+TEST_F(WindowEventsTest, ALiveResizeTellsTheProposedSizeAndKeepsIt) {
+  const auto bound = show("main");
+  const Rect before = bound.native->frame();
+  bound.host->sizes.clear();
+  const Point corner{before.maxX() - 1, before.minY() + 1};
+  desktop.user().drag(corner, corner + Point{40, -30}, 1);
+  desktop.settle();
+  EXPECT_EQ(bound.native->frame(), Rect(before.x, before.y - 30, before.width + 40, before.height + 30));
+  EXPECT_THAT(bound.host->calls, Contains("windowWillResize"));
+  EXPECT_THAT(bound.host->sizes, testing::Each(Size(before.width + 40, before.height + 30)));
+}
+
+TEST_F(WindowEventsTest, AMoveIsPublishedAtTheMouseUpThatEndsIt) {
+  const auto bound = show("main");
+  bound.helper()->addMovableBounds({0, 0, 800, 100});
+  auto& user = desktop.user();
+  const Rect moved = bound.native->frame().offsetBy({30, -10});  // from where the drag began
+  user.together([&] {
+    user.press({300, 640});
+    user.moveTo({330, 630});
+    user.moveTo({360, 620});
+    user.then([&] { EXPECT_THAT(desktop.broadcast()->posted(), IsEmpty()); });
+    user.release();
+  });
+  desktop.settle();
+  EXPECT_THAT(desktop.broadcast()->takePosted(), ElementsAre(frameMessage("main", moved, false)));
+  desktop.user().click({300, 300});
+  desktop.settle();
+  EXPECT_THAT(postedNames(), IsEmpty());
+}
+
+TEST_F(WindowEventsTest, ACloseRequestClosesTheChildrenBeforeTheHostIsAsked) {
+  const auto bound = show("main");
+  const auto first = makeNativeWindow();
+  const auto second = makeNativeWindow();
+  for (const auto& child : {first, second}) bound.native->addChildWindow(child, WindowOrdering::above);
+  bound.host->mayClose = false;
+  bool closedBefore = false;
+  bound.host->reactions["windowShouldClose"] = [&] { closedBefore = first->isClosed() && second->isClosed(); };
+  bound.native->performClose();
+  EXPECT_TRUE(closedBefore);
+  EXPECT_FALSE(bound.native->isClosed());
+  bound.host->mayClose = true;
+  bound.native->performClose();
+  EXPECT_TRUE(bound.native->isClosed());
+}
+
+TEST_F(WindowEventsTest, AWindowWithoutADelegateMayAlwaysClose) {
+  const auto bound = show("main");
+  bound.host->mayClose = false;
+  bound.helper()->setDelegate({});
+  bound.native->performClose();
+  EXPECT_TRUE(bound.native->isClosed());
+}
+
+TEST_F(WindowEventsTest, ClosingIsToldThenPosted) {
+  const auto bound = show("main");
+  bound.host->reactions["windowWillClose"] = [&] { EXPECT_THAT(postedNames(), IsEmpty()); };
+  bound.helper()->closeWindow();
+  EXPECT_TRUE(bound.native->isClosed());
+  EXPECT_THAT(bound.host->calls, Contains("windowWillClose"));
+  EXPECT_THAT(desktop.broadcast()->takePosted(),
+              ElementsAre(BroadcastMessage{"mirelo_parentWindowWillClose", "", {{"parentID", "main"}}}));
+  EXPECT_EQ(bound.helper()->nsWindowFrame(), Rect());
+}
+
+TEST_F(WindowEventsTest, ClosingAsksNobodyAndTakesTheChildrenAlong) {
+  const auto bound = show("main");
+  const auto child = makeNativeWindow();
+  bound.native->addChildWindow(child, WindowOrdering::above);
+  bound.host->mayClose = false;
+  bound.helper()->closeWindow();
+  EXPECT_TRUE(bound.native->isClosed());
+  EXPECT_TRUE(child->isClosed());
+  EXPECT_THAT(bound.host->calls, Not(Contains("windowShouldClose")));
+}
+
+struct PopoverRow {
+  const char* name;
+  bool isPopover;
+  bool closesItself;
+  bool hasChild;
+  bool closed;
+};
+
+class PopoverAutoCloseTest : public WindowEventsTest, public testing::WithParamInterface<PopoverRow> {};
+
+TEST_P(PopoverAutoCloseTest, HappensInALaterTurn) {
+  const auto other = show("other");
+  const auto hostWindow = std::make_shared<TestHostWindow>("popover");
+  if (GetParam().isPopover) hostWindow->popover.emplace();
+  const auto bound = show(hostWindow);
+  bound.helper()->setCloseWithResignMainWindow(GetParam().closesItself);
+  if (GetParam().hasChild) bound.native->addChildWindow(makeNativeWindow(), WindowOrdering::above);
+  other.helper()->becomeFirstWindow();
+  EXPECT_FALSE(bound.native->isClosed());
+  desktop.settle();
+  EXPECT_EQ(bound.native->isClosed(), GetParam().closed);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, PopoverAutoCloseTest,
+                         testing::Values(PopoverRow{"Popover", true, true, false, true},
+                                         PopoverRow{"ThatStays", true, false, false, false},
+                                         PopoverRow{"WithAChild", true, true, true, false},
+                                         PopoverRow{"OrdinaryWindow", false, true, false, false}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(WindowEventsTest, OnlyAPopoverClosesAsOne) {
+  const auto ordinary = show("ordinary");
+  ordinary.helper()->closePopoverWindow();
+  EXPECT_FALSE(ordinary.native->isClosed());
+  const auto hostWindow = std::make_shared<TestHostWindow>("popover");
+  hostWindow->popover.emplace();
+  const auto popover = show(hostWindow);
+  popover.helper()->closePopoverWindow();
+  EXPECT_TRUE(popover.native->isClosed());
+}
+
+TEST_F(WindowEventsTest, AWindowGoesBehindTheHostsOtherWindowsWithoutTheFocus) {
+  const auto first = show("first");
+  const auto foreign = makeNativeWindow();
+  foreign->makeKeyAndOrderFront(nullptr);
+  const auto second = show("second");
+  const auto hidden = show("hidden");
+  hidden.helper()->setIsWindowHidden(true);
+  const auto third = show("third");
+  third.helper()->orderFrontBehideCurrentWindows();
+  EXPECT_THAT(order(), ElementsAre(second.native->windowNumber(), foreign->windowNumber(), first.native->windowNumber(),
+                                   third.native->windowNumber()));
+}
+
+TEST_F(WindowEventsTest, AlreadyBehindTheOthersItStaysThere) {
+  const auto first = show("first");
+  const auto second = show("second");
+  first.helper()->setIsWindowHidden(true);
+  first.helper()->orderFrontBehideCurrentWindows();
+  first.helper()->orderFrontBehideCurrentWindows();
+  EXPECT_THAT(order(), ElementsAre(second.native->windowNumber(), first.native->windowNumber()));
+  EXPECT_TRUE(second.native->isKeyWindow());
+}
+
+TEST_F(WindowEventsTest, TheOnlyHostWindowIsJustOrderedFront) {
+  const auto bound = show("only");
+  const auto foreign = makeNativeWindow();
+  foreign->makeKeyAndOrderFront(nullptr);
+  bound.helper()->orderFrontBehideCurrentWindows();
+  EXPECT_THAT(order(), ElementsAre(bound.native->windowNumber(), foreign->windowNumber()));
+  EXPECT_TRUE(foreign->isKeyWindow());
+}
+
+TEST_F(WindowEventsTest, MinimisingAndZoomingReachTheMachineAndComeBack) {
+  const auto bound = show("main");
+  auto& surface = surfaceOf(*bound.native);
+  bound.helper()->minimize();
+  desktop.settle();
+  EXPECT_TRUE(surface.isMinimised());
+  EXPECT_THAT(bound.host->takeCalls(), Contains("windowDidMiniaturize"));
+  desktop.windows().userMinimises(surface, false);
+  desktop.settle();
+  EXPECT_THAT(bound.host->takeCalls(), Contains("windowDidDeminiaturize"));
+  bound.helper()->maximize();
+  desktop.settle();
+  EXPECT_TRUE(bound.native->isZoomed());
+}
+
+TEST_F(WindowEventsTest, MakingMainAndKeyAlsoShowsAHiddenWindow) {
+  const auto first = show("first");
+  const auto second = show("second");
+  first.helper()->setIsWindowHidden(true);
+  first.helper()->makeMainAndKeyNSWindow();
+  EXPECT_TRUE(first.native->isVisible());
+  EXPECT_TRUE(first.native->isMainWindow());
+  EXPECT_TRUE(first.native->isKeyWindow());
+  EXPECT_EQ(first.native->orderedIndex(), 0u);
+}
+
+}  // namespace
+}  // namespace veltrik
