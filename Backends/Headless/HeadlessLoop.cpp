@@ -66,7 +66,7 @@ double HeadlessLoop::serviceAll() {
     // Asked first: what a worker posted before it went idle is then seen by the service below.
     const bool busy = workersAtWork();
     const double next = service();
-    if (deliverSomething() || next <= now_) continue;
+    if (deliverSomething(!drivenFromOutside_) || next <= now_) continue;
     if (!busy) return next;
     if (workersAtWork()) waitInRealTime(std::numeric_limits<double>::infinity());
   }
@@ -77,7 +77,7 @@ double HeadlessLoop::service() {
   return sink_ ? sink_->service() : std::numeric_limits<double>::infinity();
 }
 
-bool HeadlessLoop::deliverSomething() {
+bool HeadlessLoop::deliverSomething(bool fromWatched) {
   if (!deliveries_.empty()) {
     const auto delivery = std::move(deliveries_.front());
     deliveries_.pop_front();
@@ -85,20 +85,23 @@ bool HeadlessLoop::deliverSomething() {
     service();
     return true;
   }
-  if (deliverReady(0)) return true;
+  if (deliverReady(0, fromWatched)) return true;
   if (!painter_ || !painter_()) return false;
   service();
   return true;
 }
 
-bool HeadlessLoop::deliverReady(double seconds) {
+bool HeadlessLoop::deliverReady(double seconds, bool fromWatched) {
   std::vector<pollfd> polled{{wakeDescriptor_, POLLIN, 0}};
   std::vector<std::uint64_t> ids{0};
-  for (const Watch& each : watches_) {
-    polled.push_back({each.descriptor, POLLIN, 0});
-    ids.push_back(each.id);
+  if (fromWatched) {
+    for (const Watch& each : watches_) {
+      polled.push_back({each.descriptor, POLLIN, 0});
+      ids.push_back(each.id);
+    }
   }
-  if (poll(polled.data(), polled.size(), static_cast<int>(std::ceil(seconds * 1000))) <= 0) return false;
+  const int limit = std::isinf(seconds) ? -1 : static_cast<int>(std::ceil(seconds * 1000));
+  if (poll(polled.data(), polled.size(), limit) <= 0) return false;
   if (polled.front().revents != 0) {
     std::uint64_t wakes = 0;
     [[maybe_unused]] const ssize_t got = read(wakeDescriptor_, &wakes, sizeof wakes);
@@ -120,6 +123,10 @@ void HeadlessLoop::callReady(std::uint64_t id) {
 
 void HeadlessLoop::waitInRealTime(double deadline) {
   const bool busy = workersAtWork();
+  if (drivenFromOutside_ && !busy) {
+    deliverReady(std::numeric_limits<double>::infinity());
+    return;
+  }
   if (deliverReady(busy ? kSilence : std::min(deadline - now_, kSilence))) return;
   if (busy || deadline - now_ > kSilence) throw std::runtime_error("headless loop: nothing came for ten seconds");
   now_ = std::max(now_, deadline);

@@ -37,6 +37,9 @@ class HeadlessLoop final : public platform::port::LoopDriver {
   /// Runs everything that is due without moving the clock.
   void settle();
   void setWaitsForWorkers(bool waits) { waitsForWorkers_ = waits; }
+  /// For a program that is driven through a watched descriptor: the clock moves by `advance` alone, a wait for
+  /// descriptors has no limit, and `advance` and `settle` leave watched descriptors for the next wait.
+  void setDrivenFromOutside(bool driven) { drivenFromOutside_ = driven; }
   /// The user sets the wall clock; `now` goes on as it was.
   void shiftWallClock(double seconds) { wallClockShift_ += seconds; }
 
@@ -51,8 +54,9 @@ class HeadlessLoop final : public platform::port::LoopDriver {
     int descriptor;
     std::function<void()> ready;
   };
-  bool deliverSomething();
-  bool deliverReady(double seconds);
+  bool deliverSomething(bool fromWatched = true);
+  /// Infinity waits without limit.
+  bool deliverReady(double seconds, bool fromWatched = true);
   void callReady(std::uint64_t id);
   bool workersAtWork() const { return waitsForWorkers_ && sink_ && sink_->expectsWake(); }
   void waitInRealTime(double deadline);
@@ -63,6 +67,7 @@ class HeadlessLoop final : public platform::port::LoopDriver {
   double now_ = 0;
   double wallClockShift_ = 0;
   bool waitsForWorkers_ = true;
+  bool drivenFromOutside_ = false;
   int wakeDescriptor_;
   std::uint64_t lastWatch_ = 0;
   std::vector<Watch> watches_;

@@ -1,0 +1,59 @@
+#include <fmt/format.h>
+
+#include "Programs/SampleHost/ConsoleTargets.h"
+
+namespace samplehost {
+
+using platform::Rect;
+using platform::Value;
+using std::optional;
+using std::string;
+
+namespace {
+
+constexpr Rect kChatFrame{120, 120, 460, 640};
+
+void answer(ConsoleContext& context, const string& delegate, const string& member, const Value& value) {
+  context.host.answers().set(delegate, member, value);
+  if (kindOfName(delegate) == "application") context.host.applicationDelegate().remakeClass();
+}
+
+void openChat(ConsoleContext& context, const string& identifier, optional<Rect> frame) {
+  auto& chat = context.chats[identifier];
+  if (chat) throw RequestError(fmt::format("the chat \"{}\" is open already", identifier));
+  chat = std::make_unique<ChatWindow>(context.host, identifier);
+  chat->open(frame.value_or(kChatFrame));
+}
+
+Value messages(ConsoleContext& context, const string& identifier) {
+  const auto found = context.chats.find(identifier);
+  if (found == context.chats.end()) throw RequestError(fmt::format("there is no chat \"{}\"", identifier));
+  Value::Array texts;
+  for (const ChatMessage& message : found->second->chat().messages()) texts.push_back(message.text);
+  return texts;
+}
+
+/// Lets go of the window's helper, as a host does when its window has closed.
+void releaseHelper(ConsoleContext& context, const string& identifier) {
+  context.chats.erase(identifier);
+  context.host.window(identifier).helper.reset();
+}
+
+Value calls(ConsoleContext& /*context*/, const string& kind) {
+  return Codec<std::vector<string>>::encode(callsOf(kind).names());
+}
+
+}  // namespace
+
+ConsoleCalls hostCalls() {
+  ConsoleCalls table;
+  table.add("answer", answer);
+  table.add("launch", [](ConsoleContext& c) { c.host.launch(); });
+  table.add("openChat", openChat);
+  table.add("messages", messages);
+  table.add("releaseHelper", releaseHelper);
+  table.add("calls", calls);
+  return table;
+}
+
+}  // namespace samplehost

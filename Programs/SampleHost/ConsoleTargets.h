@@ -1,0 +1,46 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Programs/SampleHost/CallTable.h"
+#include "Programs/SampleHost/ChatWindow.h"
+#include "Programs/SampleHost/Host.h"
+#include "Programs/SampleHost/Machine.h"
+
+namespace samplehost {
+
+/// What the calls of the console work on. Main thread.
+struct ConsoleContext {
+  Host& host;
+  Machine& machine;
+  std::map<std::string, std::unique_ptr<ChatWindow>>& chats;
+  /// The identifier in the request's target ("main" of "window:main"); empty for the other targets.
+  std::string identifier;
+  /// Runs after the answer was written: what the user does may take as long as the application's own loops do.
+  std::vector<std::function<void()>>& afterAnswer;
+
+  /// Throws RequestError where there is no simulated user.
+  headless::HeadlessBackend& headless() const;
+};
+
+using ConsoleCalls = CallTable<ConsoleContext>;
+
+/// One table a kind of target: "app", "window", "text", "host", "desktop".
+ConsoleCalls appCalls();
+ConsoleCalls windowCalls();
+ConsoleCalls textCalls();
+ConsoleCalls hostCalls();
+ConsoleCalls desktopCalls();
+/// Parts of "desktop": windows of the model, the simulated user and machine.
+void addWindowCalls(ConsoleCalls& calls);
+void addUserCalls(ConsoleCalls& calls);
+void addMachineCalls(ConsoleCalls& calls);
+
+/// Throws RequestError for a name that no target has.
+const ConsoleCalls& callsOf(const std::string& kind);
+
+}  // namespace samplehost

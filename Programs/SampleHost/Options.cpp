@@ -1,0 +1,59 @@
+#include "Programs/SampleHost/Options.h"
+
+#include <fmt/format.h>
+
+#include <stdexcept>
+#include <string_view>
+
+namespace samplehost {
+
+namespace {
+
+void chooseMode(Options& options, Mode mode) {
+  if (options.mode != Mode::messenger && options.mode != mode)
+    throw std::runtime_error("only one of --tour and --console can be asked for");
+  options.mode = mode;
+}
+
+}  // namespace
+
+Options Options::parse(std::span<char* const> arguments) {
+  Options options;
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string_view argument = arguments[i];
+    const auto value = [&]() -> std::string {
+      if (i + 1 == arguments.size()) throw std::runtime_error(fmt::format("{} needs a value", argument));
+      return arguments[++i];
+    };
+    if (argument == "--backend") {
+      options.backend = value();
+    } else if (argument == "--bundle") {
+      options.bundle = value();
+    } else if (argument == "--out") {
+      options.out = value();
+    } else if (argument == "--tour") {
+      chooseMode(options, Mode::tour);
+    } else if (argument == "--console") {
+      chooseMode(options, Mode::console);
+    } else if (argument == "--help") {
+      options.mode = Mode::help;
+      return options;
+    } else {
+      throw std::runtime_error(fmt::format("unknown argument \"{}\"; --help lists them", argument));
+    }
+  }
+  return options;
+}
+
+const char* Options::usage() {
+  return "mirelo-host [--backend desktop|headless] [--bundle FOLDER] [--tour [--out FOLDER] | --console]\n"
+         "\n"
+         "Without --tour or --console it opens a messenger window and runs until it is closed.\n"
+         "  --backend NAME   the machine to run on; without it the desktop, when its display can be reached\n"
+         "  --bundle FOLDER  the plug-in; without it ../lib/VeltrikAppKit.bundle beside this program\n"
+         "  --tour           drives itself through the plug-in and prints what was expected and seen\n"
+         "  --out FOLDER     where the tour also writes transcript.txt and, on a desktop, pictures\n"
+         "  --console        is driven by JSON lines on standard input (docs/console.md)\n";
+}
+
+}  // namespace samplehost

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace samplehost {
+
+enum class Mode { messenger, tour, console, help };
+
+/// What the command line asks for.
+struct Options {
+  Mode mode = Mode::messenger;
+  std::optional<std::string> backend;
+  std::optional<std::filesystem::path> bundle;
+  /// Where the tour writes its transcript and pictures; nothing: the transcript to standard output only.
+  std::optional<std::filesystem::path> out;
+
+  /// `arguments` without the program's name. Throws std::runtime_error for what it doesn't know.
+  static Options parse(std::span<char* const> arguments);
+  static const char* usage();
+};
+
+}  // namespace samplehost

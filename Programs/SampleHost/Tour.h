@@ -1,0 +1,75 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Programs/SampleHost/ChatWindow.h"
+#include "Programs/SampleHost/Host.h"
+#include "Programs/SampleHost/TourUser.h"
+#include "Programs/SampleHost/Transcript.h"
+
+namespace samplehost {
+
+/// Drives the host through everything the plug-in can do, scene by scene, and checks each. Main thread.
+class Tour {
+ public:
+  /// All are borrowed and outlive the tour. Pictures go into `pictures`; nothing: none are taken.
+  Tour(Host& host, Machine& machine, Transcript& transcript, std::optional<std::filesystem::path> pictures);
+  ~Tour();
+
+  /// Plays all scenes; the last one ends the application. True when every check held.
+  bool run();
+
+ private:
+  struct Scene {
+    const char* title;
+    void (Tour::*play)();
+  };
+  static const std::vector<Scene>& scenes();
+
+  // Windows (TourWindows.cpp).
+  void launch();
+  void bindWindow();
+  void chrome();
+  void dragRegion();
+  void resize();
+  void levelAndOpacity();
+  void minimiseAndZoom();
+  void secondWindow();
+  // Text (TourText.cpp).
+  void typeAndSend();
+  void composeHangul();
+  void newLine();
+  void undoAndRedo();
+  // Application (TourApplication.cpp).
+  void notifications();
+  void dockMenu();
+  void reopen();
+  void terminate();
+
+  veltrik::VeltrikAppKitWindowHelperProtocol& main();
+  std::shared_ptr<platform::NSWindow> mainWindow() const;
+  std::string lastMessage() const;
+  /// How often the host has heard of `name` from `from`.
+  int heard(const std::string& name, const std::string& from) const;
+  int posted(const std::string& name) const;
+  /// Runs the application until the condition holds; false when it didn't within five seconds.
+  static bool wait(const std::function<bool()>& condition);
+  void picture(const std::string& name, const std::shared_ptr<platform::NSWindow>& window);
+
+  Host& host_;
+  Machine& machine_;
+  Transcript& transcript_;
+  std::optional<std::filesystem::path> pictures_;
+  int pictureCount_ = 0;
+  std::unique_ptr<TourUser> user_;
+  std::unique_ptr<ChatWindow> chat_;
+  std::vector<HostEvent> heard_;
+  std::vector<std::string> posted_;
+};
+
+}  // namespace samplehost

@@ -1,0 +1,239 @@
+"""The host on a real X server, seen and driven by outside programs. Needs a display with a window manager, a session
+bus and the Hangul input method: run it under scripts/private-desktop --wm openbox --ime ibus."""
+
+import os
+import signal
+import subprocess
+import unittest
+
+from console_client import Console, Refused, rect
+
+FRAME = rect(200, 100, 460, 560)
+
+
+def run(*command):
+    return subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, check=True, timeout=20).stdout.decode()
+
+
+def keys(*names):
+    run("xdotool", "key", "--delay", "10", *names)
+
+
+class DesktopCase(unittest.TestCase):
+    def setUp(self):
+        self.host = Console("desktop")
+        self.addCleanup(self.host.__exit__)
+        self.host.call("host", "launch")
+
+    def open_chat(self):
+        self.host.call("host", "openChat", "main", FRAME)
+        self.host.until(lambda: self.read("key"), "the chat window becomes key")
+        self.window = self.read("nativeHandle")
+        self.host.until(lambda: f"{self.window:#x}" in run("xprop", "-root", "_NET_ACTIVE_WINDOW"), "it is active")
+
+    def read(self, field, window="main"):
+        return self.host.desktop("read", window, field)
+
+    def text(self):
+        return self.host.call("text:main", "attributedText")
+
+    def until_text(self, expected):
+        self.host.until(lambda: self.text() == expected, f"the composer holds {expected!r}, not {self.text()!r}")
+
+    def messages(self):
+        return self.host.call("host", "messages", "main")
+
+    def geometry(self):
+        """The window as the X server has it, in screen points from the bottom left."""
+        shell = dict(line.split("=") for line in run("xdotool", "getwindowgeometry", "--shell", self.window).split())
+        screen = int(run("xdotool", "getdisplaygeometry").split()[1])
+        height = self.read("frame")["height"]
+        return {"x": int(shell["X"]), "y": screen - int(shell["Y"]) - int(height),
+                "width": int(shell["WIDTH"]), "height": int(shell["HEIGHT"])}
+
+    def property(self, name):
+        return run("xprop", "-id", self.window, name)
+
+
+class Composer(DesktopCase):
+    def setUp(self):
+        super().setUp()
+        self.open_chat()
+        self.before = self.messages()
+
+    def marked(self):
+        found = []
+
+        def walk(view):
+            if view.get("markedRange"):
+                found.append(view["markedRange"])
+            for subview in view["subviews"]:
+                walk(subview)
+
+        walk(self.read("views"))
+        return found[0]
+
+    def test_hangul_composes_in_place(self):
+        caret = self.read("caret")
+        keys("g", "k", "s")
+        self.until_text("한")
+        self.assertEqual(self.marked(), {"location": 0, "length": 1})
+        self.assertGreater(self.read("caret")["x"], caret["x"])
+        keys("r", "m", "f")
+        self.until_text("한글")
+        self.assertEqual(self.marked(), {"location": 1, "length": 1})
+
+    def test_return_while_composing_sends_the_whole_once(self):
+        for round_number in range(5):
+            with self.subTest(round=round_number):
+                keys("g", "k", "s", "r", "m", "f", "Return")
+                self.until_text("")
+                self.before.append("한글")
+                self.assertEqual(self.messages(), self.before)
+        # What the input method held back would come with the next key.
+        keys("r", "m", "f", "Return")
+        self.host.until(lambda: self.messages() == self.before + ["글"], "the next message is its own")
+
+    def test_control_return_breaks_the_line(self):
+        keys("r", "k", "ctrl+Return", "s", "k")
+        self.until_text("가\n나")
+        keys("Return")
+        self.host.until(lambda: self.messages() == self.before + ["가\n나"], "both lines are one message")
+
+    def test_undo_and_redo(self):
+        keys("1", "2")
+        self.until_text("12")
+        keys("ctrl+z")
+        self.until_text("1")
+        keys("ctrl+shift+z")
+        self.until_text("12")
+
+
+class Window(DesktopCase):
+    def setUp(self):
+        super().setUp()
+        self.open_chat()
+
+    def drag(self, distance):
+        frame = self.read("frame")
+        screen = int(run("xdotool", "getdisplaygeometry").split()[1])
+        x, y = int(frame["x"]) + 300, screen - int(frame["y"] + frame["height"]) + 24
+        run("xdotool", "mousemove", x, y, "mousedown", 1)
+        for step in range(1, 5):
+            run("xdotool", "mousemove", x + distance * step // 4, y)
+        run("xdotool", "mouseup", 1)
+
+    def test_the_drag_region_moves_the_real_window(self):
+        start = self.geometry()
+        self.drag(60)
+        self.host.until(lambda: self.geometry()["x"] >= start["x"] + 50, "the window moved with the pointer")
+        self.host.until(lambda: self.read("frame")["x"] == self.geometry()["x"], "the model follows")
+
+    def test_a_press_of_four_points_is_a_click(self):
+        start = self.geometry()
+        self.drag(4)
+        keys("1")
+        self.until_text("1")
+        self.assertEqual(self.geometry(), start)
+
+    def test_frame_in_is_frame_out(self):
+        for number in range(10):
+            frame = rect(60 + 31 * number, 50 + 7 * number, 420 + 13 * number, 480 + 5 * number)
+            with self.subTest(number):
+                self.host.desktop("setFrame", "main", frame)
+                self.host.until(lambda: self.geometry() == frame, f"X shows {frame}, not {self.geometry()}")
+                self.assertEqual(self.host.call("window:main", "nsWindowFrame"), frame)
+
+    def test_state_is_in_the_windows_own_properties(self):
+        helper = "window:main"
+        rows = (("setAlwaysOnTop", [True], "_NET_WM_STATE", "_NET_WM_STATE_ABOVE", True),
+                ("setAlwaysOnTop", [False], "_NET_WM_STATE", "_NET_WM_STATE_ABOVE", False),
+                ("setAlpha", [0.5], "_NET_WM_WINDOW_OPACITY", str(0xFFFFFFFF // 2)[:6], True),
+                ("maximize", [], "_NET_WM_STATE", "_NET_WM_STATE_MAXIMIZED_HORZ", True),
+                ("maximize", [], "_NET_WM_STATE", "_NET_WM_STATE_MAXIMIZED_HORZ", False),
+                ("minimize", [], "WM_STATE", "window state: Iconic", True),
+                ("becomeFirstWindow", [], "WM_STATE", "window state: Normal", True))
+        for call, arguments, name, part, there in rows:
+            with self.subTest(call, arguments=arguments, part=part):
+                self.host.call(helper, call, *arguments)
+                self.host.until(lambda: (part in self.property(name)) == there, self.property(name))
+
+    def test_what_only_a_simulated_user_can_do_is_refused(self):
+        for call, arguments in (("text", ["a"]), ("advance", [1]), ("markedText", ["가"])):
+            with self.subTest(call), self.assertRaisesRegex(Refused, "tool from outside"):
+                self.host.desktop(call, *arguments)
+
+    def test_a_screenshot_shows_the_window(self):
+        path = os.path.join(os.environ["HOME"], "chat.png")
+
+        def taken():
+            try:
+                self.host.desktop("screenshot", "main", path)
+            except Refused:
+                return False
+            return True
+
+        self.host.until(taken, "the window has been painted")
+        size = run("identify", "-format", "%w %h %k", path).split()
+        self.assertEqual(size[:2], [str(FRAME["width"]), str(FRAME["height"])])
+        self.assertGreater(int(size[2]), 50, "more than a few colours")
+
+
+class Bus(DesktopCase):
+    def setUp(self):
+        super().setUp()
+        self.other = Console("desktop")
+        self.addCleanup(self.other.__exit__)
+
+    def test_two_processes_exchange_notifications(self):
+        self.host.desktop("observe", "mirelo_question")
+        self.other.desktop("observe", "mirelo_answer")
+        payload = {"text": "안녕 \"x\"", "number": 7, "real": 0.5, "yes": True, "list": [1, [2], {}], "of": {"a": "b"}}
+        for sender, receiver, name in ((self.other, self.host, "mirelo_question"),
+                                       (self.host, self.other, "mirelo_answer")):
+            with self.subTest(name):
+                sender.desktop("post", name, payload)
+                got = receiver.until(lambda r=receiver: [t["args"] for t in r.take() if t.get("event") == "notification"],
+                                     "it arrives")
+                self.assertEqual(got, [[name, payload]])
+
+    def test_the_companions_feedback_crosses_processes(self):
+        self.other.desktop("post", "mirelo_webViewFeedback", {"event": "loaded"})
+        self.host.until(lambda: "handleWebViewFeedBackWithUserInfo" in self.host.events("app"), "it reaches the host")
+
+
+class BusDies(unittest.TestCase):
+    def test_a_dying_bus_ends_no_process(self):
+        address = f"unix:path={os.environ['XDG_RUNTIME_DIR']}/dying-bus"
+        environment = {"DBUS_SESSION_BUS_ADDRESS": address}
+
+        def start_bus():
+            bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address={address}",
+                                    "--print-address=1"], stdout=subprocess.PIPE)
+            bus.stdout.readline()
+            return bus
+
+        def stop(bus):
+            os.kill(bus.pid, signal.SIGKILL)
+            bus.wait()
+            bus.stdout.close()
+
+        bus = start_bus()
+        with Console("desktop", environment) as one, Console("desktop", environment) as two:
+            two.desktop("observe", "mirelo_still")
+            for number in range(100):
+                stop(bus)
+                self.assertIsInstance(one.desktop("now"), float)
+                self.assertIsInstance(two.desktop("now"), float)
+                bus = start_bus()
+
+            def arrives():
+                one.desktop("post", "mirelo_still", {"here": True})
+                return any(line.get("event") == "notification" for line in two.take())
+
+            two.until(arrives, "the observer is back on the new bus")
+        stop(bus)
+
+
+if __name__ == "__main__":
+    unittest.main()
