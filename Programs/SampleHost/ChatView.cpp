@@ -44,8 +44,8 @@ void ChatView::drawComposer(Canvas& canvas, Size size) const {
   canvas.stroke(layout.field.insetBy(0.5, 0.5), theme::kFieldBorder, 1, 10);
   if (composerEmpty_) {
     const TextBlock placeholder("메시지를 입력하세요", platform::Font{13, false}, theme::kSecondaryText);
-    // Leaves room for the caret that stands before it.
-    placeholder.draw(canvas, {layout.input.x + 3, layout.input.y});
+    // Where the native text begins, after its padding.
+    placeholder.draw(canvas, {layout.input.x + 5, layout.input.y});
   }
   const TextBlock hint("Return 보내기  ·  Control+Return 줄 바꿈", theme::kSmallFont, theme::kSecondaryText,
                        Wrapping::none, layout.hint.width);
