@@ -53,7 +53,7 @@ void Tour::dragRegion() {
   const auto window = mainWindow();
   const Rect before = window->frame();
   const Rect region = ChatLayout::of(before.size()).dragRegion;
-  const Point start{before.x + region.x + 40, before.maxY() - 20};
+  const Point start{before.x + region.x + 40, before.maxY() - 40};
   user_->drag(start, start + Point{4, 0});
   transcript_.expect("after 4 points the window stands where it stood", before, window->frame());
   if (!user_->canMoveWindows()) return transcript_.note("moving it needs a real pointer here");

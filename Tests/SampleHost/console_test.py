@@ -151,7 +151,7 @@ class Windows(HeadlessCase):
         for distance, moves in ((4, False), (5, True), (80, True)):
             with self.subTest(distance=distance):
                 before = self.read("frame")
-                start = point(before["x"] + 150, before["y"] + before["height"] - 25)
+                start = point(before["x"] + 150, before["y"] + before["height"] - 40)
                 # Late enough not to be the second press of a double click.
                 self.host.desktop("advance", 2)
                 self.host.desktop("journal")
@@ -159,7 +159,7 @@ class Windows(HeadlessCase):
                 asked = any("begin move" in line for line in self.host.desktop("journal"))
                 self.assertEqual(asked, moves)
         start = self.read("frame")
-        edge = point(start["x"] + 150, start["y"] + start["height"] - 25)
+        edge = point(start["x"] + 150, start["y"] + start["height"] - 40)
         self.host.desktop("advance", 2)
         self.host.desktop("drag", edge, point(edge["x"] + 80, edge["y"]), 8)
         self.assertEqual(self.read("frame"), {**start, "x": start["x"] + 70})

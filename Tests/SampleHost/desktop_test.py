@@ -114,24 +114,34 @@ class Window(DesktopCase):
         super().setUp()
         self.open_chat()
 
-    def drag(self, distance):
+    def press(self):
+        """Presses in the drag region; the pointer's place."""
         frame = self.read("frame")
         screen = int(run("xdotool", "getdisplaygeometry").split()[1])
-        x, y = int(frame["x"]) + 300, screen - int(frame["y"] + frame["height"]) + 24
+        x, y = int(frame["x"]) + 300, screen - int(frame["y"] + frame["height"]) + 40
         run("xdotool", "mousemove", x, y, "mousedown", 1)
-        for step in range(1, 5):
-            run("xdotool", "mousemove", x + distance * step // 4, y)
-        run("xdotool", "mouseup", 1)
+        return x, y
 
     def test_the_drag_region_moves_the_real_window(self):
         start = self.geometry()
-        self.drag(60)
-        self.host.until(lambda: self.geometry()["x"] >= start["x"] + 50, "the window moved with the pointer")
-        self.host.until(lambda: self.read("frame")["x"] == self.geometry()["x"], "the model follows")
+        x, y = self.press()
+        steps = iter(range(6, 600, 6))
+
+        def moved():
+            run("xdotool", "mousemove", x + next(steps), y)
+            return self.geometry()["x"] > start["x"] + 20
+
+        self.host.until(moved, "the window moves with the pointer")
+        run("xdotool", "mouseup", 1)
+        self.host.until(lambda: self.read("frame") == self.geometry(), "the model follows")
+        self.assertEqual({**self.geometry(), "x": start["x"]}, start)
 
     def test_a_press_of_four_points_is_a_click(self):
         start = self.geometry()
-        self.drag(4)
+        x, y = self.press()
+        for step in range(1, 5):
+            run("xdotool", "mousemove", x + step, y)
+        run("xdotool", "mouseup", 1)
         keys("1")
         self.until_text("1")
         self.assertEqual(self.geometry(), start)
