@@ -45,10 +45,12 @@ void requireSoundDirectory(const ArchiveState& state) {
   std::uint64_t position = start;
   for (unsigned left = end.totalNumberOfEntriesInCentralDirectory; left > 0; --left) {
     const auto structure = readRecord<Entry::CentralDirectoryStructure>(window, position);
-    if (!structure) break;
+    if (!structure) refuse(ArchiveError::Case::unwritableArchive, "the central directory is damaged");
     position += structure->size();
   }
-  if (position != limit) refuse(ArchiveError::Case::unwritableArchive, "the central directory is damaged");
+  if (position != limit) {
+    refuse(ArchiveError::Case::unwritableArchive, "the central directory holds more than its end record says");
+  }
 }
 
 /// The archive's bytes from its central directory on.

@@ -1,0 +1,404 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+
+#include <csignal>
+#include <string>
+#include <vector>
+
+#include "Platform/Foundation/CocoaError.h"
+#include "Tests/Zip/HostileArchives.h"
+#include "Tests/Zip/TemporaryFolder.h"
+#include "VeltrikAppKit/Archive.h"
+#include "VeltrikAppKit/Data+CRC32.h"
+
+namespace veltrik {
+namespace {
+
+using hostile::assembled;
+using hostile::fileMember;
+using platform::Data;
+using platform::DataView;
+using platform::URL;
+using testing::ElementsAre;
+using testing::Pair;
+
+ByteProvider from(std::string text) {
+  return [text = std::move(text)](std::int64_t position, std::span<std::byte> destination) {
+    const DataView rest = platform::bytesOf(text).subspan(std::min(static_cast<std::size_t>(position), text.size()));
+    const std::size_t count = std::min(rest.size(), destination.size());
+    std::copy_n(rest.begin(), count, destination.begin());
+    return count;
+  };
+}
+
+NewEntry file(std::size_t size) {
+  return {.uncompressedSize = static_cast<std::uint32_t>(size)};
+}
+
+std::string contents(const Archive& archive, std::string_view path) {
+  std::string text;
+  const auto entry = archive[path];
+  if (!entry) return "(no entry)";
+  const std::uint32_t crc = archive.extract(*entry, [&](DataView block) { text += platform::textOf(block); });
+  EXPECT_EQ(crc, entry->checksum());
+  EXPECT_EQ(static_cast<std::int64_t>(text.size()), entry->uncompressedSize());
+  return text;
+}
+
+std::string noise(std::size_t size) {
+  std::string text(size, '\0');
+  std::uint32_t state = static_cast<std::uint32_t>(size) + 1;
+  for (char& c : text) {
+    state = state * 1664525 + 1013904223;
+    c = static_cast<char>(state >> 24);
+  }
+  return text;
+}
+
+template <class Work>
+std::string failureOf(const Work& work) {
+  try {
+    work();
+    return "";
+  } catch (const ZIPError& error) {
+    return std::string(error.name());
+  } catch (const platform::CocoaError& error) {
+    return std::string(error.name());
+  }
+}
+
+/// An archive in a file or in memory, with a view on its bytes.
+class AddTest : public testing::TestWithParam<bool> {
+ protected:
+  bool inMemory() const { return GetParam(); }
+  URL url(const std::string& name) const { return URL::fileURL((folder_.path() / name).string()); }
+
+  void openOn(DataView bytes) {
+    writeFile(folder_.path() / "a.zip", platform::textOf(bytes));
+    archive_ = inMemory() ? Archive::open(platform::copyOf(bytes), {.accessMode = ArchiveAccessMode::update})
+                          : Archive::open(url("a.zip"), {.accessMode = ArchiveAccessMode::update});
+    ASSERT_NE(archive_, nullptr);
+  }
+  std::string bytes() const {
+    return inMemory() ? std::string(platform::textOf(*archive_->data())) : readFile(folder_.path() / "a.zip");
+  }
+  /// Everything the archive holds is what a fresh look at its bytes shows.
+  void expectSound() const {
+    const auto fresh = Archive::open(platform::copyOf(platform::bytesOf(bytes())));
+    ASSERT_NE(fresh, nullptr);
+    EXPECT_EQ(fresh->endOfCentralDirectoryRecord(), archive_->endOfCentralDirectoryRecord());
+    unsigned count = 0;
+    for (const Entry& entry : *fresh) {
+      ++count;
+      EXPECT_EQ(fresh->extract(entry, [](DataView) {}), entry.checksum()) << entry.path();
+    }
+    EXPECT_EQ(count, fresh->endOfCentralDirectoryRecord().totalNumberOfEntriesInCentralDirectory);
+  }
+
+  TemporaryFolder folder_;
+  std::unique_ptr<Archive> archive_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Places, AddTest, testing::Bool(),
+                         [](const auto& param) { return param.param ? "InMemory" : "OnDisk"; });
+
+TEST_P(AddTest, TheFirstEntryStandsAtTheStart) {
+  openOn(Archive::EndOfCentralDirectoryRecord().data());
+  archive_->addEntry("name", {.uncompressedSize = 5, .permissions = 0600}, from("hello"));
+  const auto& end = archive_->endOfCentralDirectoryRecord();
+  EXPECT_EQ(end.totalNumberOfEntriesInCentralDirectory, 1);
+  EXPECT_EQ(end.totalNumberOfEntriesOnDisk, 1);
+  EXPECT_EQ(end.sizeOfCentralDirectory, 46U + 4);
+  EXPECT_EQ(end.offsetToStartOfCentralDirectory, 30U + 4 + 5);
+  const Entry entry = *archive_->begin();
+  EXPECT_EQ(entry.localFileHeader().versionNeededToExtract, 20);
+  EXPECT_EQ(entry.localFileHeader().generalPurposeBitFlag, 0x0800);
+  EXPECT_EQ(entry.centralDirectoryStructure().versionMadeBy, 0x0315);
+  EXPECT_EQ(entry.centralDirectoryStructure().externalFileAttributes, 0100600U << 16);
+  expectSound();
+}
+
+TEST_P(AddTest, KeepsWhatIsThereAndAddsBehindIt) {
+  openOn(assembled({.members = {fileMember("old", "old text")}, .prefix = "prefix", .comment = "a comment"}));
+  const std::string large = noise(1500000);
+  std::vector<std::pair<std::string, std::string>> added;
+  for (const std::string& text : {std::string(), std::string("x"), std::string(40000, 'r'), large}) {
+    for (const auto method : {CompressionMethod::none, CompressionMethod::deflate}) {
+      const std::string path = "f" + std::to_string(added.size());
+      archive_->addEntry(path, file(text.size()), from(text), {.compressionMethod = method});
+      added.emplace_back(path, text);
+      expectSound();
+    }
+  }
+  EXPECT_EQ(contents(*archive_, "old"), "old text");
+  for (const auto& [path, text] : added) EXPECT_EQ(contents(*archive_, path), text) << path;
+  EXPECT_TRUE(bytes().starts_with("prefix"));
+  EXPECT_TRUE(bytes().ends_with("a comment"));
+}
+
+TEST_P(AddTest, DirectoriesAndLinksAreStoredWhateverTheMethod) {
+  openOn(Archive::EndOfCentralDirectoryRecord().data());
+  std::vector<std::pair<std::int64_t, std::size_t>> asked;
+  const auto noting = [&](std::int64_t position, std::span<std::byte> destination) {
+    asked.emplace_back(position, destination.size());
+    return from("target")(position, destination);
+  };
+  platform::Progress progress;
+  const AddOptions options = {.compressionMethod = CompressionMethod::deflate, .progress = &progress};
+  archive_->addEntry("d/", {.type = Entry::EntryType::directory}, noting, options);
+  EXPECT_TRUE(progress.isFinished());
+  archive_->addEntry("l", {.type = Entry::EntryType::symlink, .uncompressedSize = 6}, noting, options);
+  EXPECT_EQ(progress.completedUnitCount(), 6);
+  EXPECT_THAT(asked, ElementsAre(Pair(0, 0U), Pair(0, 6U)));
+  const Entry directory = *(*archive_)["d/"];
+  EXPECT_EQ(directory.type(), Entry::EntryType::directory);
+  EXPECT_EQ(directory.fileAttributes().posixPermissions, 0755);
+  EXPECT_EQ((*archive_)["l"]->type(), Entry::EntryType::symlink);
+  EXPECT_EQ((*archive_)["l"]->localFileHeader().compressionMethod, 0);
+  EXPECT_EQ(contents(*archive_, "l"), "target");
+  expectSound();
+}
+
+TEST_P(AddTest, StoredFilesAreAskedForInSteps) {
+  openOn(Archive::EndOfCentralDirectoryRecord().data());
+  std::vector<std::pair<std::int64_t, std::size_t>> asked;
+  const auto noting = [&](std::int64_t position, std::span<std::byte> destination) {
+    asked.emplace_back(position, destination.size());
+    return destination.size();
+  };
+  archive_->addEntry("f", file(40000), noting, {.bufferSize = 16384});
+  EXPECT_THAT(asked, ElementsAre(Pair(0, 16384U), Pair(16384, 16384U), Pair(32768, 7232U)));
+  asked.clear();
+  archive_->addEntry("empty", file(0), noting);
+  EXPECT_TRUE(asked.empty());
+}
+
+TEST_P(AddTest, WhatFailsInTheMiddleLeavesEveryByteAsItWas) {
+  const Data before = assembled({.members = {fileMember("old", noise(3000))}, .prefix = "", .comment = "comment"});
+  // Small enough to be held back, larger than what is collected, and much larger.
+  for (const std::size_t size : {100, 20000, 300000, 2000000}) {
+    for (const auto method : {CompressionMethod::none, CompressionMethod::deflate}) {
+      for (const bool isCancelled : {true, false}) {
+        SCOPED_TRACE(testing::Message() << size << " cancelled " << isCancelled);
+        openOn(before);
+        const std::string text = noise(size);
+        platform::Progress progress;
+        const auto failing = [&](std::int64_t position, std::span<std::byte> destination) {
+          const bool isLast = static_cast<std::size_t>(position) + 16384 >= size;
+          if (isLast && !isCancelled) throw std::out_of_range("the provider's own");
+          if (isLast || static_cast<std::size_t>(position) + 2 * 16384 >= size) progress.cancel();
+          return from(text)(position, destination);
+        };
+        const AddOptions options = {.compressionMethod = method, .progress = isCancelled ? &progress : nullptr};
+        if (isCancelled && size > 16384) {
+          EXPECT_EQ(failureOf([&] { archive_->addEntry("new", file(size), failing, options); }), "cancelledOperation");
+          EXPECT_EQ(bytes(), platform::textOf(before));
+        } else if (!isCancelled) {
+          EXPECT_THROW(archive_->addEntry("new", file(size), failing, options), std::out_of_range);
+          EXPECT_EQ(bytes(), platform::textOf(before));
+        }
+        // And the archive is good for another try.
+        archive_->addEntry("again", file(size), from(text), {.compressionMethod = method});
+        EXPECT_EQ(contents(*archive_, "again"), text);
+        expectSound();
+      }
+    }
+  }
+}
+
+TEST_P(AddTest, RefusesBeforeTheFirstByteWhatTheFormatCannotHold) {
+  const auto neverAsked = [](std::int64_t, std::span<std::byte>) -> std::size_t {
+    ADD_FAILURE() << "nothing is to be read";
+    return 0;
+  };
+  struct Case {
+    const char* why;
+    std::string path;
+    std::uint32_t size;
+    std::string want;
+  };
+  const Case cases[] = {
+      {"name too long", std::string(65536, 'n'), 1, "invalidEntryPath"},
+      {"name no UTF-8", "\xff", 1, "invalidEntryPath"},
+      {"beyond 4 GiB", "f", 0xFFFFFFFF, "invalidStartOfCentralDirectoryOffset"},
+  };
+  const Data before = assembled({fileMember("old", "old")});
+  for (const auto& row : cases) {
+    openOn(before);
+    EXPECT_EQ(failureOf([&] { archive_->addEntry(row.path, {.uncompressedSize = row.size}, neverAsked); }), row.want)
+        << row.why;
+    EXPECT_EQ(bytes(), platform::textOf(before)) << row.why;
+  }
+  archive_->addEntry(std::string(65535, 'n'), file(1), from("x"));
+  EXPECT_EQ(archive_->endOfCentralDirectoryRecord().sizeOfCentralDirectory, 46U + 3 + 46 + 65535);
+  expectSound();
+}
+
+TEST_P(AddTest, RefusesADirectoryThatIsNotWhatTheEndRecordSays) {
+  const Data sound = assembled({fileMember("a", "1"), fileMember("b", "2")});
+  const std::size_t end = sound.size() - 22;
+  struct Case {
+    const char* why;
+    std::size_t field;
+    int change;
+    std::string want;
+  };
+  const Case cases[] = {
+      {"one entry too many", 10, 1, "unwritableArchive"},
+      {"one too few", 10, -1, "unwritableArchive"},
+      {"a byte too long", 12, 1, "invalidStartOfCentralDirectoryOffset"},
+      {"a byte too short", 12, -1, "unwritableArchive"},
+      {"starts later", 16, 1, "invalidStartOfCentralDirectoryOffset"},
+      {"starts earlier", 16, -1, "unwritableArchive"},
+  };
+  for (const auto& row : cases) {
+    Data damaged = sound;
+    damaged[end + row.field] = static_cast<std::byte>(std::to_integer<int>(damaged[end + row.field]) + row.change);
+    openOn(damaged);
+    EXPECT_EQ(failureOf([&] { archive_->addEntry("c", file(1), from("3")); }), row.want) << row.why;
+    EXPECT_EQ(bytes(), platform::textOf(damaged)) << row.why;
+  }
+}
+
+TEST_P(AddTest, BytesBehindTheEndRecordGoAway) {
+  Data trailing = assembled({fileMember("a", "1")});
+  platform::append(trailing, Data(3000, std::byte{'t'}));
+  openOn(trailing);
+  archive_->addEntry("b", file(1), from("2"));
+  expectSound();
+  EXPECT_LT(bytes().size(), 300U);
+}
+
+TEST_P(AddTest, AProviderThatGivesLessLeavesAShorterEntry) {
+  openOn(Archive::EndOfCentralDirectoryRecord().data());
+  archive_->addEntry("f", file(10), from("four"));
+  EXPECT_EQ((*archive_)["f"]->compressedSize(), 4);
+  EXPECT_EQ((*archive_)["f"]->uncompressedSize(), 10);
+}
+
+TEST(Adding, NeedsAnArchiveOpenForIt) {
+  const auto archive = Archive::open(assembled({fileMember("a", "1")}));
+  try {
+    archive->addEntry("b", file(1), from("2"));
+    FAIL();
+  } catch (const ArchiveError& error) {
+    EXPECT_STREQ(error.what(), "unwritableArchive: entry 'b', path 'memory:': the archive is open for reading");
+  }
+}
+
+TEST(Adding, Holds65535EntriesAndNotOneMore) {
+  std::vector<hostile::Member> members;
+  for (int at = 0; at < 65534; ++at) members.push_back(fileMember(std::to_string(at), ""));
+  const auto archive = Archive::open(assembled(members), {.accessMode = ArchiveAccessMode::update});
+  archive->addEntry("last", file(1), from("x"));
+  const Data before = *archive->data();
+  EXPECT_EQ(failureOf([&] { archive->addEntry("too many", file(1), from("x")); }), "unwritableArchive");
+  EXPECT_EQ(*archive->data(), before);
+  EXPECT_EQ(contents(*archive, "last"), "x");
+}
+
+// From the file system.
+
+class AddItemTest : public testing::Test {
+ protected:
+  AddItemTest() {
+    archive_ = Archive::open(url("a.zip"), {.accessMode = ArchiveAccessMode::create});
+    std::filesystem::create_directories(folder_.path() / "docs/sub");
+    writeFile(folder_.path() / "docs/text", "some text");
+    std::filesystem::create_symlink("text", folder_.path() / "docs/link");
+    std::filesystem::create_symlink("nowhere", folder_.path() / "docs/dangling");
+  }
+  URL url(const std::string& name) const { return URL::fileURL((folder_.path() / name).string()); }
+
+  TemporaryFolder folder_;
+  std::unique_ptr<Archive> archive_;
+};
+
+TEST_F(AddItemTest, TakesNamesModesAndDates) {
+  chmod((folder_.path() / "docs/text").c_str(), 0751);
+  const timeval times[] = {{1000000000, 0}, {1000000001, 500000}};
+  ASSERT_EQ(utimes((folder_.path() / "docs/text").c_str(), times), 0);
+  for (const char* path : {"docs", "docs/sub/", "docs/text", "docs/link", "docs/dangling"}) {
+    archive_->addEntry(path, url(""), {.compressionMethod = CompressionMethod::deflate});
+  }
+  std::vector<std::pair<std::string, Entry::EntryType>> found;
+  for (const Entry& entry : *archive_) found.emplace_back(entry.path(), entry.type());
+  using enum Entry::EntryType;
+  EXPECT_THAT(found, ElementsAre(Pair("docs/", directory), Pair("docs/sub/", directory),
+                                 Pair("docs/text", Entry::EntryType::file), Pair("docs/link", symlink),
+                                 Pair("docs/dangling", symlink)));
+  const auto text = (*archive_)["docs/text"];
+  EXPECT_EQ(text->fileAttributes().posixPermissions, 0751);
+  EXPECT_EQ(std::chrono::system_clock::to_time_t(text->fileAttributes().modificationDate), 1000000000);
+  EXPECT_EQ(contents(*archive_, "docs/text"), "some text");
+  EXPECT_EQ(contents(*archive_, "docs/dangling"), "nowhere");
+}
+
+TEST_F(AddItemTest, RefusesWhatItCannotTake) {
+  ASSERT_EQ(mkfifo((folder_.path() / "pipe").c_str(), 0600), 0);
+  {
+    const std::string large = (folder_.path() / "large").string();
+    writeFile(large, "");
+    ASSERT_EQ(truncate(large.c_str(), 1LL << 32), 0);
+  }
+  struct Case {
+    std::string path, want;
+  };
+  const Case cases[] = {
+      {"missing", "fileReadNoSuchFile"},
+      {"docs/text/below", "fileReadNoSuchFile"},
+      {"pipe", "fileReadUnknown"},
+      {"large", "fileReadTooLarge"},
+      {"a.zip", "invalidEntryPath"},
+      {std::string("docs\0", 5), "fileReadInvalidFileName"},
+      {std::string(300, 'n'), "fileNoSuchFile"},
+  };
+  const std::string before = readFile(folder_.path() / "a.zip");
+  for (const auto& row : cases) {
+    EXPECT_EQ(failureOf([&] { archive_->addEntry(row.path, url("")); }), row.want) << row.path;
+    EXPECT_EQ(readFile(folder_.path() / "a.zip"), before);
+  }
+  std::filesystem::create_hard_link(folder_.path() / "a.zip", folder_.path() / "twin");
+  EXPECT_EQ(failureOf([&] { archive_->addEntry("twin", url("")); }), "invalidEntryPath") << "by any name";
+}
+
+/// While it lives, no file of this process grows beyond a size: a write that would fails.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t size) {
+    handler_ = std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limited = {size, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limited);
+  }
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+ private:
+  rlimit before_{};
+  void (*handler_)(int) = nullptr;
+};
+
+TEST_F(AddItemTest, AFullDiskLeavesEveryByteAsItWas) {
+  archive_->addEntry("docs/text", url(""));
+  const std::string text = noise(600000);
+  const std::string before = readFile(folder_.path() / "a.zip");
+  for (rlim_t limit = before.size() - 30; limit < text.size() + before.size();
+       limit += limit < before.size() + 30 ? 7 : 90001) {
+    const FileSizeLimit full(limit);
+    EXPECT_EQ(failureOf([&] { archive_->addEntry("new", file(text.size()), from(text)); }), "unwritableFile") << limit;
+    EXPECT_EQ(readFile(folder_.path() / "a.zip"), before) << limit;
+  }
+  archive_->addEntry("new", file(text.size()), from(text));
+  EXPECT_EQ(contents(*archive_, "new"), text);
+}
+
+}  // namespace
+}  // namespace veltrik

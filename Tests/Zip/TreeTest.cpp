@@ -1,0 +1,388 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Platform/Foundation/CocoaError.h"
+#include "Tests/Zip/HostileArchives.h"
+#include "Tests/Zip/TemporaryFolder.h"
+#include "VeltrikAppKit/Archive.h"
+#include "VeltrikAppKit/FileManager+ZIP.h"
+
+namespace veltrik {
+namespace {
+
+namespace fs = std::filesystem;
+using hostile::assembled;
+using hostile::directoryMember;
+using hostile::fileMember;
+using hostile::linkMember;
+using hostile::Member;
+using platform::CocoaError;
+using platform::DataView;
+using platform::Progress;
+using platform::URL;
+using testing::ElementsAre;
+
+/// What a tree holds: path to type, permissions, date and contents.
+std::map<std::string, std::string> described(const fs::path& root) {
+  std::map<std::string, std::string> items;
+  for (const auto& item : fs::recursive_directory_iterator(root)) {
+    struct stat status {};
+    lstat(item.path().c_str(), &status);
+    std::string text = std::to_string(status.st_mode) + "@" + std::to_string(status.st_mtime / 2) + ":";
+    if (item.is_symlink()) {
+      text += fs::read_symlink(item.path()).string();
+    } else if (item.is_regular_file()) {
+      text += readFile(item.path());
+    }
+    items[fs::relative(item.path(), root).string()] = text;
+  }
+  return items;
+}
+
+class TreeTest : public testing::Test {
+ protected:
+  TreeTest() {
+    root_ = folder_.path();
+    umask(022);
+  }
+  URL url(const std::string& name) const { return URL::fileURL((root_ / name).string()); }
+  void makeTree() const {
+    fs::create_directories(root_ / "tree/a/b");
+    fs::create_directories(root_ / "tree/empty");
+    writeFile(root_ / "tree/a/b/deep", std::string(50000, 'd'));
+    writeFile(root_ / "tree/a/run", "#!/bin/sh\n");
+    writeFile(root_ / "tree/한글 이름", "");
+    fs::create_symlink("a/run", root_ / "tree/link");
+    fs::create_symlink("..", root_ / "tree/a/up");
+    chmod((root_ / "tree/a/run").c_str(), 0755);
+    chmod((root_ / "tree/empty").c_str(), 0700);
+    for (const char* name : {"a/b/deep", "link", "a/up", "a/b", "a", "empty"}) {
+      const timespec times[] = {{1000000000, 0}, {1000000000, 0}};
+      utimensat(AT_FDCWD, (root_ / "tree" / name).c_str(), times, AT_SYMLINK_NOFOLLOW);
+    }
+  }
+  void write(std::vector<Member> members) const {
+    writeFile(root_ / "a.zip", platform::textOf(assembled(std::move(members))));
+  }
+  std::vector<std::string> entries() const {
+    std::vector<std::string> paths;
+    const auto archive = Archive::open(url("a.zip"));
+    for (const Entry& entry : *archive) paths.push_back(entry.path());
+    return paths;
+  }
+  template <class Work>
+  static std::string failureOf(const Work& work) {
+    try {
+      work();
+      return "";
+    } catch (const ZIPError& error) {
+      return std::string(error.name());
+    } catch (const CocoaError& error) {
+      return std::string(error.name());
+    }
+  }
+
+  TemporaryFolder folder_;
+  fs::path root_;
+};
+
+TEST_F(TreeTest, GoesInAndComesOutAsItWas) {
+  makeTree();
+  for (const auto method : {CompressionMethod::none, CompressionMethod::deflate}) {
+    for (const bool isWatched : {false, true}) {
+      Progress in;
+      Progress out;
+      zipItem(url("tree"), url("a.zip"),
+              {.shouldKeepParent = false, .compressionMethod = method, .progress = isWatched ? &in : nullptr});
+      unzipItem(url("a.zip"), url("out"), {.progress = isWatched ? &out : nullptr});
+      EXPECT_EQ(described(root_ / "out"), described(root_ / "tree"));
+      if (isWatched) {
+        // 50,000 and 10 bytes, links of 5 and 2, and three directories.
+        EXPECT_EQ(in.totalUnitCount(), 50000 + 10 + 5 + 2 + 3);
+        EXPECT_EQ(out.totalUnitCount(), in.totalUnitCount());
+        EXPECT_TRUE(in.isFinished());
+        EXPECT_TRUE(out.isFinished());
+        EXPECT_EQ(out.completedUnitCount(), out.totalUnitCount());
+      }
+      fs::remove_all(root_ / "out");
+      fs::remove(root_ / "a.zip");
+    }
+  }
+}
+
+TEST_F(TreeTest, EntriesAreNamedFromTheSourceOrItsParent) {
+  makeTree();
+  zipItem(url("tree"), url("a.zip"), {.shouldKeepParent = false});
+  EXPECT_THAT(entries(), ElementsAre("a/", "a/b/", "a/b/deep", "a/run", "a/up", "empty/", "link", "한글 이름"));
+  fs::remove(root_ / "a.zip");
+  zipItem(url("tree/"), url("a.zip"), {.shouldKeepParent = true});
+  EXPECT_THAT(entries(), ElementsAre("tree/a/", "tree/a/b/", "tree/a/b/deep", "tree/a/run", "tree/a/up", "tree/empty/",
+                                     "tree/link", "tree/한글 이름"));
+  for (const char* single : {"a/run", "link"}) {
+    fs::remove(root_ / "a.zip");
+    Progress progress;
+    zipItem(url(std::string("tree/") + single), url("a.zip"), {.progress = &progress});
+    EXPECT_THAT(entries(), ElementsAre(fs::path(single).filename().string()));
+    EXPECT_TRUE(progress.isFinished());
+  }
+}
+
+TEST_F(TreeTest, ABatchIsByteForByteWhatSingleAdditionsMake) {
+  makeTree();
+  zipItem(url("tree"), url("a.zip"), {.shouldKeepParent = false, .compressionMethod = CompressionMethod::deflate});
+  const auto single = Archive::open(url("b.zip"), {.accessMode = ArchiveAccessMode::create});
+  for (const std::string& path : platform::FileManager().subpathsOfDirectory((root_ / "tree").string())) {
+    single->addEntry(path, url("tree"), {.compressionMethod = CompressionMethod::deflate});
+  }
+  EXPECT_EQ(readFile(root_ / "a.zip"), readFile(root_ / "b.zip"));
+}
+
+TEST_F(TreeTest, PackingRefusesBadPlaces) {
+  makeTree();
+  writeFile(root_ / "there", "mine");
+  EXPECT_EQ(failureOf([&] { zipItem(url("missing"), url("a.zip")); }), "fileReadNoSuchFile");
+  EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("there")); }), "fileWriteFileExists");
+  EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("missing/a.zip")); }), "unwritableArchive");
+  EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("tree/a.zip")); }), "invalidEntryPath");
+  EXPECT_EQ(readFile(root_ / "there"), "mine");
+}
+
+TEST_F(TreeTest, WhatFailsWhilePackingLeavesTheCompleteEntries) {
+  fs::create_directories(root_ / "tree");
+  writeFile(root_ / "tree/1", "one");
+  ASSERT_EQ(mkfifo((root_ / "tree/2").c_str(), 0600), 0);
+  writeFile(root_ / "tree/3", "three");
+  EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("a.zip"), {.shouldKeepParent = false}); }), "fileReadUnknown");
+  EXPECT_THAT(entries(), ElementsAre("1"));
+  fs::remove(root_ / "a.zip");
+  Progress cancelled;
+  cancelled.cancel();
+  EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("a.zip"), {.progress = &cancelled}); }), "cancelledOperation");
+  EXPECT_TRUE(entries().empty());
+}
+
+TEST_F(TreeTest, UnpackingRefusesBadPlaces) {
+  write({fileMember("f", "x")});
+  writeFile(root_ / "none.zip", "nothing");
+  writeFile(root_ / "file", "mine");
+  EXPECT_EQ(failureOf([&] { unzipItem(url("missing"), url("out")); }), "fileReadNoSuchFile");
+  EXPECT_EQ(failureOf([&] { unzipItem(url("none.zip"), url("out")); }), "unreadableArchive");
+  EXPECT_EQ(failureOf([&] { unzipItem(url("a.zip"), url("file")); }), "fileWriteFileExists");
+  EXPECT_EQ(readFile(root_ / "file"), "mine");
+}
+
+TEST_F(TreeTest, DirectoriesComeFirstAndLinksLast) {
+  write({linkMember("a/l", "b.txt"), fileMember("a/b.txt", "text"), directoryMember("a/")});
+  unzipItem(url("a.zip"), url("out"));
+  EXPECT_EQ(readFile(root_ / "out/a/l"), "text");
+}
+
+TEST_F(TreeTest, ALinkFromTheArchiveIsNeverWrittenThrough) {
+  fs::create_directory(root_ / "outside");
+  write({linkMember("d", "../outside"), fileMember("d/f", "x")});
+  EXPECT_EQ(failureOf([&] { unzipItem(url("a.zip"), url("out")); }), "fileWriteFileExists");
+  EXPECT_TRUE(fs::is_empty(root_ / "outside"));
+  fs::remove_all(root_ / "out");
+  write({linkMember("d", "../outside"), linkMember("d/l", "x")});
+  EXPECT_EQ(failureOf([&] { unzipItem(url("a.zip"), url("out")); }), "fileReadInvalidFileName");
+  EXPECT_TRUE(fs::is_empty(root_ / "outside"));
+}
+
+TEST_F(TreeTest, ALinkOnDiskIsNeverWrittenThrough) {
+  fs::create_directories(root_ / "out/real");
+  fs::create_directory(root_ / "outside");
+  fs::create_symlink("../outside", root_ / "out/d");
+  const std::vector<std::vector<Member>> archives = {{fileMember("d/f", "x")},  {fileMember("d/e/f", "x")},
+                                                     {directoryMember("d/e/")}, {directoryMember("d/")},
+                                                     {linkMember("d/l", "x")},  {fileMember("real/../d/f", "x")}};
+  for (const auto& members : archives) {
+    write(members);
+    const std::string failure = failureOf([&] { unzipItem(url("a.zip"), url("out")); });
+    EXPECT_TRUE(failure == "fileReadInvalidFileName" || failure == "fileWriteFileExists")
+        << members[0].name << " " << failure;
+    EXPECT_TRUE(fs::is_empty(root_ / "outside")) << members[0].name;
+    struct stat status {};
+    stat((root_ / "outside").c_str(), &status);
+    EXPECT_EQ(status.st_mode & 07777, 0755U);
+  }
+  write({fileMember("f", "x")});
+  fs::create_symlink("out", root_ / "linked");
+  unzipItem(url("a.zip"), url("linked"));
+  EXPECT_EQ(readFile(root_ / "out/f"), "x") << "the destination itself may be a link";
+}
+
+TEST_F(TreeTest, NamesStayInsideTheDestination) {
+  struct Case {
+    std::string name;
+    std::string want;  // where it comes to lie, or nowhere
+  };
+  const Case cases[] = {
+      {"../x", ""},
+      {"a/../../x", ""},
+      {"../outnot/x", ""},
+      {"../out", ""},
+      {"x\\..\\y", "x\\..\\y"},
+      {std::string("n\0ul", 4), ""},
+      {"a/../b", "b"},
+      {"/abs", "abs"},
+      {"./dot", "dot"},
+      {"a//b", "a/b"},
+      {"...", "..."},
+      {"a/./b", "a/b"},
+      {"C:/drive", "C:/drive"},
+  };
+  for (const auto& row : cases) {
+    fs::remove_all(root_ / "out");
+    write({fileMember(row.name, "x")});
+    const std::string failure = failureOf([&] { unzipItem(url("a.zip"), url("out")); });
+    EXPECT_EQ(failure, row.want.empty() ? "fileReadInvalidFileName" : "") << row.name;
+    if (!row.want.empty()) {
+      EXPECT_EQ(readFile(root_ / "out" / row.want), "x") << row.name;
+    }
+    for (const auto& item : fs::directory_iterator(root_)) {
+      EXPECT_TRUE(item.path().filename() == "out" || item.path().filename() == "a.zip") << item.path();
+    }
+  }
+}
+
+TEST_F(TreeTest, EntriesForTheDestinationItselfAreItsAttributes) {
+  Member here = directoryMember("./");
+  here.externalAttributes = 0040750U << 16;
+  write({here, fileMember("./f", "x")});
+  unzipItem(url("a.zip"), url("out"));
+  struct stat status {};
+  ASSERT_EQ(stat((root_ / "out").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0750U);
+  for (const char* name : {"", "."}) {
+    write({fileMember(name, "x")});
+    EXPECT_EQ(failureOf([&] { unzipItem(url("a.zip"), url("out")); }), "fileWriteFileExists");
+  }
+}
+
+TEST_F(TreeTest, WhatExistsEndsItAndStays) {
+  fs::create_directories(root_ / "out/d");
+  writeFile(root_ / "out/second", "mine");
+  write({directoryMember("d/"), fileMember("first", "1"), fileMember("second", "2"), fileMember("third", "3")});
+  try {
+    unzipItem(url("a.zip"), url("out"));
+    FAIL();
+  } catch (const CocoaError& error) {
+    EXPECT_EQ(error.code(), CocoaError::Code::fileWriteFileExists);
+    EXPECT_EQ(error.path(), (root_ / "out/second").string());
+    EXPECT_EQ(error.entry(), "second");
+  }
+  EXPECT_EQ(readFile(root_ / "out/first"), "1");
+  EXPECT_EQ(readFile(root_ / "out/second"), "mine");
+  EXPECT_FALSE(fs::exists(root_ / "out/third"));
+}
+
+TEST_F(TreeTest, DirectoriesGetTheirDatesAndRightsLast) {
+  Member closed = directoryMember("closed/");
+  closed.externalAttributes = 0040555U << 16;
+  Member inner = directoryMember("closed/inner/");
+  inner.externalAttributes = 0040500U << 16;
+  write({closed, inner, fileMember("closed/inner/f", "x")});
+  unzipItem(url("a.zip"), url("out"));
+  const auto archive = Archive::open(url("a.zip"));
+  for (const char* name : {"closed/", "closed/inner/"}) {
+    struct stat status {};
+    ASSERT_EQ(stat((root_ / "out" / name).c_str(), &status), 0);
+    const auto want = (*archive)[name]->fileAttributes();
+    EXPECT_EQ(status.st_mode & 07777, want.posixPermissions) << name;
+    EXPECT_EQ(status.st_mtime, std::chrono::system_clock::to_time_t(want.modificationDate)) << name;
+  }
+}
+
+TEST_F(TreeTest, ProgressEndsFinishedWhateverTheArchiveHolds) {
+  struct Case {
+    const char* why;
+    std::vector<Member> members;
+    std::int64_t total;
+  };
+  Member locked = fileMember("locked", "x");
+  locked.flags |= 1;
+  const Case cases[] = {{"file and directory", {fileMember("f", "0123456789"), directoryMember("d/")}, 11},
+                        {"nothing", {}, 1},
+                        {"empty files only", {fileMember("e", "")}, 1},
+                        {"ends at an encrypted one", {fileMember("f", "123"), locked, fileMember("g", "x")}, 3}};
+  for (const auto& row : cases) {
+    fs::remove_all(root_ / "out");
+    write(row.members);
+    Progress progress;
+    unzipItem(url("a.zip"), url("out"), {.progress = &progress});
+    EXPECT_TRUE(progress.isFinished()) << row.why;
+    EXPECT_EQ(progress.totalUnitCount(), row.total) << row.why;
+    EXPECT_EQ(progress.completedUnitCount(), row.total) << row.why;
+  }
+  EXPECT_FALSE(fs::exists(root_ / "out/g"));
+}
+
+TEST_F(TreeTest, CancellingTheWholeStopsUnpacking) {
+  write({fileMember("f", "x")});
+  Progress progress;
+  progress.cancel();
+  EXPECT_EQ(failureOf([&] { unzipItem(url("a.zip"), url("out"), {.progress = &progress}); }), "cancelledOperation");
+  EXPECT_FALSE(progress.isFinished());
+}
+
+TEST_F(TreeTest, NamesAreDecodedAsAsked) {
+  Member korean = fileMember("\xc7\xd1\xb1\xdb", "k");
+  korean.flags = 0;
+  write({korean});
+  unzipItem(url("a.zip"), url("out"), {.preferredEncoding = platform::StringEncoding::dosKorean});
+  EXPECT_EQ(readFile(root_ / "out/한글"), "k");
+}
+
+TEST_F(TreeTest, SpecialPermissionsCanBeMasked) {
+  Member special = fileMember("f", "x");
+  special.externalAttributes = 0106755U << 16;
+  write({special});
+  for (const bool isMasked : {false, true}) {
+    fs::remove_all(root_ / "out");
+    unzipItem(url("a.zip"), url("out"), {.maskSpecialPermissions = isMasked});
+    struct stat status {};
+    stat((root_ / "out/f").c_str(), &status);
+    EXPECT_EQ(status.st_mode & 07777, isMasked ? 0755U : 06755U);
+  }
+}
+
+TEST(Containment, ComparesStandardisedTexts) {
+  struct Case {
+    const char* path;
+    const char* directory;
+    bool want;
+  };
+  const Case cases[] = {{"/out/a", "/out", true},         {"/out/a", "/out/", true},
+                        {"/outnot/a", "/out", false},     {"/out/../a", "/out", false},
+                        {"/out/a/../b", "/out", true},    {"/out/a/..", "/out", true},
+                        {"/out", "/out", false},          {"/a", "/", true},
+                        {"/out/./a b", "/x/../out", true}};
+  for (const auto& row : cases) {
+    EXPECT_EQ(isContained(URL::fileURL(row.path), URL::fileURL(row.directory)), row.want) << row.path;
+  }
+}
+
+TEST_F(TreeTest, AsksTheFileSystemWithoutFollowingLinks) {
+  writeFile(root_ / "f", "12345");
+  fs::create_symlink("f", root_ / "l");
+  const timespec times[] = {{0, 0}, {1000, 250000000}};
+  utimensat(AT_FDCWD, (root_ / "f").c_str(), times, 0);
+  EXPECT_EQ(entryType(url("f")), Entry::EntryType::file);
+  EXPECT_EQ(entryType(url("l")), Entry::EntryType::symlink);
+  EXPECT_EQ(entryType(url("")), Entry::EntryType::directory);
+  EXPECT_EQ(fileSize(url("f")), 5U);
+  EXPECT_EQ(fileSize(url("l")), 1U);
+  EXPECT_EQ(modificationDate(url("f")), Date(std::chrono::milliseconds(1000250)));
+  EXPECT_EQ(failureOf([&] { modificationDate(url("missing")); }), "fileReadNoSuchFile");
+  truncate((root_ / "f").c_str(), 1LL << 32);
+  EXPECT_EQ(failureOf([&] { fileSize(url("f")); }), "fileReadTooLarge");
+}
+
+}  // namespace
+}  // namespace veltrik
