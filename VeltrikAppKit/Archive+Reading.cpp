@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <algorithm>
 
 #include "Platform/Foundation/CocoaError.h"
@@ -35,7 +37,7 @@ void complete(platform::Progress* progress, std::int64_t units) {
 
 platform::FileAttributes attributesOf(const Entry& entry, const ExtractOptions& options) {
   platform::FileAttributes attributes = entry.fileAttributes();
-  if (options.maskSpecialPermissions) attributes.posixPermissions &= 0777;
+  if (options.maskSpecialPermissions) attributes.posixPermissions &= static_cast<std::uint16_t>(~(S_ISUID | S_ISGID));
   return attributes;
 }
 

@@ -43,7 +43,7 @@ struct ExtractOptions {
   std::uint32_t bufferSize = defaultReadChunkSize;
   /// Spares the computation of the checksum; the result is 0 then.
   bool skipCRC32 = false;
-  /// Leaves the set-user-id, set-group-id and sticky bits of what is written to disk off.
+  /// Leaves the set-user-id and set-group-id bits of what is written to disk off.
   bool maskSpecialPermissions = false;
   /// Gets the total and counts bytes (1 for a directory); cancelling it ends the operation at the next block.
   platform::Progress* progress = nullptr;

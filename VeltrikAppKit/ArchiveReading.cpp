@@ -8,7 +8,7 @@ namespace veltrik {
 namespace {
 
 constexpr std::size_t kDirectoryWindow = 65536;
-constexpr std::size_t kRecordWindow = 16384;
+constexpr std::size_t kRecordWindow = 4096;
 /// Read where the last place is far off: enough for most local headers.
 constexpr std::size_t kFarRead = 512;
 

@@ -12,7 +12,7 @@ namespace veltrik {
 
 namespace {
 
-/// Within ten percent of zlib's default in size at several times its speed; see docs/decisions/deflate-engine.md.
+/// Within ten percent of zlib's default in size at several times its speed; see docs/decisions/0006-deflate-engine.md.
 constexpr std::uint32_t kLevel = 3;
 
 std::uint32_t bounded(std::size_t size) {
@@ -30,7 +30,7 @@ void lend(Stream& stream, platform::DataView input, std::span<std::byte> output)
 
 class Compressor : public DeflateEngine {
  public:
-  Compressor() : levelBuffer_(ISAL_DEF_LVL3_DEFAULT) {
+  Compressor() : levelBuffer_(ISAL_DEF_LVL3_SMALL) {
     isal_deflate_init(&stream_);
     stream_.level = kLevel;
     stream_.level_buf = levelBuffer_.data();

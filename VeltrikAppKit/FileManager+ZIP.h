@@ -25,7 +25,7 @@ struct ZipOptions {
 
 struct UnzipOptions {
   bool skipCRC32 = false;
-  /// Leaves set-user-id, set-group-id and sticky bits off.
+  /// Leaves set-user-id and set-group-id bits off.
   bool maskSpecialPermissions = false;
   platform::Progress* progress = nullptr;
   /// How names are decoded; each entry's own way without it.
