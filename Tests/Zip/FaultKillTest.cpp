@@ -84,6 +84,8 @@ struct Removal {
   std::string victim;
   /// Bytes copied between two looks at the progress, or 0 when nobody watches.
   std::uint32_t step = 0;
+
+  friend std::ostream& operator<<(std::ostream& stream, const Removal& removal) { return stream << removal.name; }
 };
 
 std::vector<Removal> removals() {
@@ -135,6 +137,10 @@ TEST_P(KilledRemoval, LeavesTheOldOrTheNewArchive) {
 struct Extraction {
   std::string name;
   std::vector<Member> members;
+
+  friend std::ostream& operator<<(std::ostream& stream, const Extraction& extraction) {
+    return stream << extraction.name;
+  }
 };
 
 std::vector<Extraction> extractions() {

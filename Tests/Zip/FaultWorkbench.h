@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,8 @@ struct Operation {
   OnFailure onFailure;
   /// Throws when it fails; the text says what it read, if it reads.
   std::function<std::string(const Workbench&)> run;
+
+  friend std::ostream& operator<<(std::ostream& stream, const Operation& operation) { return stream << operation.name; }
 };
 
 /// Every public operation: opening, iterating, looking up, extracting, adding, removing, packing and unpacking.
