@@ -58,7 +58,7 @@ std::FILE* MemoryFile::openStream(const char* mode) {
   // The C library would refuse reading a stream of mode "w" or "a"; what may be done is decided by the hooks alone.
   std::FILE* stream = fopencookie(cookie.get(), isWritable ? "r+" : "r", hooks);
   if (stream == nullptr) return nullptr;
-  cookie.release();
+  static_cast<void>(cookie.release());  // The stream's own now.
   if (text.starts_with('a')) std::fseek(stream, 0, SEEK_END);
   return stream;
 }

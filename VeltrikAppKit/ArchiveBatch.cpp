@@ -98,7 +98,7 @@ NewEntry describe(const struct stat& status, const ItemPlace& place) {
 
 /// The error for an item that could not be opened.
 CocoaError openingError(int errorNumber, const ItemPlace& place) {
-  const CocoaError usual = CocoaError::reading(errorNumber, place.path);
+  CocoaError usual = CocoaError::reading(errorNumber, place.path);
   if (errorNumber == EACCES || errorNumber == ENOENT || errorNumber == ENOTDIR) return usual;
   return CocoaError(CocoaError::Code::fileNoSuchFile, {}, usual.cause());
 }

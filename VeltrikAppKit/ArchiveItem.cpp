@@ -167,17 +167,19 @@ FileDescriptor DirectoryTree::step(int directory, const std::string& name, std::
   };
   FileDescriptor entered = enter();
   if (entered) return entered;
+  int error = errno;
   const std::string fullPath = root_.appendingPathComponent(path).path();
-  if (errno == ENOENT && missing == Missing::make) {
+  if (error == ENOENT && missing == Missing::make) {
     makeDirectory({directory, name, fullPath}, 0777);
     entered = enter();
     if (entered) return entered;
+    error = errno;
   }
-  if (errno == ENOTDIR || errno == ELOOP) {
+  if (error == ENOTDIR || error == ELOOP) {
     throw CocoaError(CocoaError::Code::fileReadInvalidFileName, fullPath,
                      "'" + name + "' stands in the way and is no directory");
   }
-  throw missing == Missing::make ? CocoaError::writing(errno, fullPath) : CocoaError::reading(errno, fullPath);
+  throw missing == Missing::make ? CocoaError::writing(error, fullPath) : CocoaError::reading(error, fullPath);
 }
 
 }  // namespace veltrik

@@ -56,12 +56,19 @@ bool isItselfDirectory(const std::string& path) {
   return hasSystemPath(path) && lstat(path.c_str(), &item) == 0 && S_ISDIR(item.st_mode);
 }
 
+/// `folder` with a "/" behind it and `name` behind that; just the name below no folder.
+std::string joined(std::string_view folder, std::string_view name) {
+  std::string path(folder);
+  if (!path.empty()) path.push_back('/');
+  return path.append(name);
+}
+
 void collectSubpaths(const std::string& root, const std::string& prefix, std::vector<std::string>& found) {
-  for (const std::string& name : namesIn(prefix.empty() ? root : root + "/" + prefix)) {
-    const std::string subpath = prefix.empty() ? name : prefix + "/" + name;
+  for (const std::string& name : namesIn(prefix.empty() ? root : joined(root, prefix))) {
+    const std::string subpath = joined(prefix, name);
     found.push_back(subpath);
     // One that can't be looked at must not pass for a file, or what it holds would be left out without a word.
-    const std::string path = root + "/" + subpath;
+    const std::string path = joined(root, subpath);
     struct stat item {};
     if (lstat(path.c_str(), &item) != 0) throw CocoaError::reading(errno, path);
     if (S_ISDIR(item.st_mode)) collectSubpaths(root, subpath, found);
@@ -203,7 +210,7 @@ void FileManager::writeWithoutOverwriting(DataView bytes, const URL& url) const 
 
 URL FileManager::itemReplacementDirectory(const URL& url) const {
   for (const std::string& folder : {url.deletingLastPathComponent().path(), folders_.temporary}) {
-    const URL made = URL::directoryURL(folder + "/.replacement-" + globallyUniqueString());
+    URL made = URL::directoryURL(folder + "/.replacement-" + globallyUniqueString());
     if (mkdir(systemPath(made.path()), 0700) == 0) return made;
   }
   throw CocoaError::writing(errno, url.path());
