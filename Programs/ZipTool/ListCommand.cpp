@@ -40,25 +40,31 @@ std::string methodOf(const Entry& entry) {
 }
 
 /// "2021-05-06", `between`, "07:08:10" in UTC.
-std::string timeOf(veltrik::Date date, char between) {
+void appendTime(fmt::memory_buffer& out, veltrik::Date date, char between) {
   const auto day = std::chrono::floor<std::chrono::days>(date);
   const std::chrono::year_month_day calendar(day);
   const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::seconds>(date - day));
-  return fmt::format(FMT_COMPILE("{:04}-{:02}-{:02}{}{:02}:{:02}:{:02}"), static_cast<int>(calendar.year()),
-                     static_cast<unsigned>(calendar.month()), static_cast<unsigned>(calendar.day()), between,
-                     clock.hours().count(), clock.minutes().count(), clock.seconds().count());
+  fmt::format_to(fmt::appender(out), FMT_COMPILE("{:04}-{:02}-{:02}{}{:02}:{:02}:{:02}"),
+                 static_cast<int>(calendar.year()), static_cast<unsigned>(calendar.month()),
+                 static_cast<unsigned>(calendar.day()), between, clock.hours().count(), clock.minutes().count(),
+                 clock.seconds().count());
 }
 
-std::string lineOf(const Entry& entry) {
+void appendLine(fmt::memory_buffer& out, const Entry& entry) {
   const auto attributes = entry.fileAttributes();
-  const std::string path = entry.path();
-  return fmt::format(FMT_COMPILE("{:<9} {:>4o} {:>7} {:>10} {} {}\n"), nameOf(entry.type()),
-                     attributes.posixPermissions, methodOf(entry), entry.uncompressedSize(),
-                     timeOf(attributes.modificationDate, ' '), outputIsTerminal() ? escapedControls(path) : path);
+  const std::string path = outputIsTerminal() ? escapedControls(entry.path()) : entry.path();
+  fmt::format_to(fmt::appender(out), FMT_COMPILE("{:<9} {:>4o} {:>7} {:>10} "), nameOf(entry.type()),
+                 attributes.posixPermissions, methodOf(entry), entry.uncompressedSize());
+  appendTime(out, attributes.modificationDate, ' ');
+  out.push_back(' ');
+  out.append(path);
+  out.push_back('\n');
 }
 
 std::string jsonOf(const Entry& entry) {
   const auto attributes = entry.fileAttributes();
+  fmt::memory_buffer modified;
+  appendTime(modified, attributes.modificationDate, 'T');
   const nlohmann::ordered_json object{
       {"path", entry.path()},
       {"type", nameOf(entry.type())},
@@ -67,7 +73,7 @@ std::string jsonOf(const Entry& entry) {
       {"uncompressedSize", entry.uncompressedSize()},
       {"crc32", fmt::format(FMT_COMPILE("{:08x}"), entry.checksum())},
       {"permissions", fmt::format(FMT_COMPILE("{:o}"), attributes.posixPermissions)},
-      {"modified", timeOf(attributes.modificationDate, 'T') + "Z"},
+      {"modified", fmt::to_string(modified) + "Z"},
   };
   // Control characters are escaped by JSON itself, but for DEL and the C1 set, which a terminal may take for commands.
   return object.dump(-1, ' ', outputIsTerminal());
@@ -75,8 +81,11 @@ std::string jsonOf(const Entry& entry) {
 
 std::size_t printLines(const veltrik::Archive& archive) {
   std::size_t count = 0;
+  fmt::memory_buffer line;
   for (const Entry& entry : archive) {
-    print(lineOf(entry));
+    line.clear();
+    appendLine(line, entry);
+    print({line.data(), line.size()});
     ++count;
   }
   return count;
