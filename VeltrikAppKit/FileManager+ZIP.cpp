@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -25,7 +26,8 @@ using platform::URL;
 struct stat statusOf(const URL& item) {
   const std::string path = item.path();
   struct stat status {};
-  if (!FileManager().isReachableItem(item) || lstat(path.c_str(), &status) != 0) {
+  const bool isPath = item.isFileURL() && path.find('\0') == std::string::npos;
+  if (!isPath || lstat(path.c_str(), &status) != 0) {
     throw CocoaError::reading(ENOENT, path);
   }
   return status;
@@ -174,12 +176,16 @@ class Packing {
     const std::string prefix = !isDirectory ? "" : keepsName ? source_.lastPathComponent() + "/" : "";
     const std::vector<std::string> paths =
         isDirectory ? FileManager().subpathsOfDirectory(source_.path()) : std::vector{source_.lastPathComponent()};
-    if (options_.progress != nullptr)
-      options_.progress->setTotalUnitCount(totalUnitCount(archive, base, prefix, paths));
+    // Asked once an item, since the question costs more than packing a small file does.
+    const std::vector<std::int64_t> units = options_.progress != nullptr ? unitCounts(archive, base, prefix, paths)
+                                                                         : std::vector<std::int64_t>(paths.size());
+    if (options_.progress != nullptr) {
+      options_.progress->setTotalUnitCount(std::accumulate(units.begin(), units.end(), std::int64_t{0}));
+    }
     DirectoryTree tree(base);
     ArchiveBatch batch(archive);
     try {
-      for (const std::string& path : paths) add(batch, tree, archive, base, prefix + path);
+      for (std::size_t at = 0; at < paths.size(); ++at) add(batch, tree, archive, base, prefix + paths[at], units[at]);
     } catch (...) {
       batch.commit();
       throw;
@@ -189,23 +195,20 @@ class Packing {
   }
 
  private:
-  static std::int64_t totalUnitCount(const Archive& archive, const URL& base, const std::string& prefix,
-                                     const std::vector<std::string>& paths) {
-    std::int64_t total = 0;
+  static std::vector<std::int64_t> unitCounts(const Archive& archive, const URL& base, const std::string& prefix,
+                                              const std::vector<std::string>& paths) {
+    std::vector<std::int64_t> counts;
     for (const std::string& path : paths) {
-      total +=
-          std::max<std::int64_t>(archive.totalUnitCountForAddingItem(base.appendingPathComponent(prefix + path)), 0);
+      const URL item = base.appendingPathComponent(prefix + path);
+      counts.push_back(std::max<std::int64_t>(archive.totalUnitCountForAddingItem(item), 0));
     }
-    return total;
+    return counts;
   }
 
-  void add(ArchiveBatch& batch, DirectoryTree& tree, const Archive& archive, const URL& base,
-           const std::string& path) const {
+  void add(ArchiveBatch& batch, DirectoryTree& tree, const Archive& archive, const URL& base, const std::string& path,
+           std::int64_t units) const {
     withContext(path, archive.url(), [&] {
-      const auto child =
-          options_.progress != nullptr
-              ? makeChild(options_.progress, archive.totalUnitCountForAddingItem(base.appendingPathComponent(path)))
-              : nullptr;
+      const auto child = makeChild(options_.progress, units);
       const auto [parent, name] = divided(path);
       const ItemPlace place = {tree.directory(parent, DirectoryTree::Missing::fail), name, base.path() + "/" + path};
       batch.addItem(path, place, {.compressionMethod = options_.compressionMethod, .progress = child.get()});
