@@ -32,6 +32,12 @@ QPlatformInputContext* inputContext() {
   return QGuiApplicationPrivate::platformIntegration()->inputContext();
 }
 
+/// Questions to the input method about keys, from the oldest to the newest, that the toolkit has not dealt with yet.
+QList<QDBusPendingCallWatcher*> openCalls() {
+  const QPlatformInputContext* input = inputContext();
+  return input ? input->findChildren<QDBusPendingCallWatcher*>() : QList<QDBusPendingCallWatcher*>();
+}
+
 }  // namespace
 
 KeyFilter::KeyFilter(XServer& x, Finder finder) : x_(x), keyboard_(x), finder_(std::move(finder)) {
@@ -134,34 +140,35 @@ void KeyFilter::beginFlight(const KeyEvent& event) {
 
 void KeyFilter::lookForAnswer() {
   if (!flight_ || returning_) return;
-  bool isWaiting = false;
-  bool failed = false;  // the newest call: nobody was there to take the key
-  if (QPlatformInputContext* input = inputContext()) {
-    for (auto* call : input->findChildren<QDBusPendingCallWatcher*>()) {
-      failed = call->isFinished() && call->isError();
-      if (call->isFinished() || !watched_.insert(call).second) continue;
-      isWaiting = true;
-      QObject::connect(call, &QDBusPendingCallWatcher::finished, &context_, [this](QDBusPendingCallWatcher* done) {
-        if (done->isError() && flight_) giveBack();
-      });
-      QObject::connect(call, &QObject::destroyed, &context_, [this](QObject* gone) {
-        watched_.erase(gone);
-        unanswered_ = false;
-        // Releases of earlier keys are asked about too; the key's own answer is among the last.
-        if (watched_.empty()) endFlight();
-      });
-    }
+  const auto calls = openCalls();
+  for (QDBusPendingCallWatcher* call : calls) watch(*call);
+  // Releases of earlier keys are asked about too; the key's own call is the newest.
+  if (calls.isEmpty()) {
+    // An answer on the spot overtakes what the input method said before it, which is still in our queue.
+    QMetaObject::invokeMethod(
+        &context_, [this, key = *flight_] { endFlight(key); }, Qt::QueuedConnection);
+  } else if (calls.back()->isFinished() && calls.back()->isError()) {
+    giveBack();  // nobody was there to take the key
   }
-  // Answered on the spot: taken without a word, or a key event that has been delivered by now.
-  if (isWaiting) return;
-  if (failed)
-    giveBack();
-  else
-    endFlight();
 }
 
-void KeyFilter::endFlight() {
-  if (!flight_ || returning_) return;
+/// An answer that has come in may still wait for its turn behind what the input method said before it, so a call counts
+/// until the toolkit is done with it, which is when it deletes it.
+void KeyFilter::watch(QDBusPendingCallWatcher& call) {
+  if (!watched_.insert(&call).second) return;
+  if (!call.isFinished())
+    QObject::connect(&call, &QDBusPendingCallWatcher::finished, &context_, [this](QDBusPendingCallWatcher* done) {
+      if (done->isError() && flight_) giveBack();
+    });
+  QObject::connect(&call, &QObject::destroyed, &context_, [this](QObject* gone) {
+    watched_.erase(gone);
+    unanswered_ = false;
+    lookForAnswer();
+  });
+}
+
+void KeyFilter::endFlight(const KeyEvent& key) {
+  if (!flight_ || returning_ || !sameKey(*flight_, key)) return;
   // A key that was left may still wait in the toolkit's queue; it is reported before the next one.
   QWindowSystemInterface::sendWindowSystemEvents(QEventLoop::AllEvents);
   if (!flight_ || returning_) return;
@@ -218,7 +225,7 @@ std::optional<KeyInput> KeyFilter::afterInputMethod(const QKeyEvent& event) {
 }
 
 void KeyFilter::keyReported() {
-  if (watched_.empty() && flight_ && !returning_) {
+  if (flight_ && !returning_ && openCalls().isEmpty()) {
     flight_.reset();
     patience_.stop();
     resume();

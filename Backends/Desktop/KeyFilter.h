@@ -52,7 +52,8 @@ class KeyFilter final : public QAbstractNativeEventFilter {
   bool report(const KeyEvent& event, bool repeated);
   void beginFlight(const KeyEvent& event);
   void lookForAnswer();
-  void endFlight();
+  void watch(QDBusPendingCallWatcher& call);
+  void endFlight(const KeyEvent& key);
   void giveBack();
   void resume();
 
