@@ -25,6 +25,7 @@ void Composition::handle(const QInputMethodEvent& event, platform::port::Surface
                          const std::function<bool()>& alive) {
   const QString commit = event.commitString();
   const QString before = std::exchange(preedit_, event.preeditString());
+  if (ignoring_) return;
   if (event.replacementLength() > 0) {
     sink.surfaceDeleteSurrounding(event.replacementStart(), static_cast<std::size_t>(event.replacementLength()));
     if (!alive()) return;
@@ -44,6 +45,16 @@ void Composition::end() {
     sinceEnd_.start();
   }
   QGuiApplication::inputMethod()->reset();
+}
+
+void Composition::abandon(platform::port::SurfaceSink& sink) {
+  if (const QString composed = std::exchange(preedit_, QString()); !composed.isEmpty())
+    sink.surfaceCommittedText(composed.toStdU16String());
+}
+
+void Composition::setIgnoring(bool ignoring) {
+  // What it composed meanwhile from a key that has acted already must not come as text later.
+  if (std::exchange(ignoring_, ignoring) && !ignoring) end();
 }
 
 bool Composition::isEcho(const QString& commit) {

@@ -20,12 +20,17 @@ class Composition {
   void handle(const QInputMethodEvent& event, platform::port::SurfaceSink& sink, const std::function<bool()>& alive);
   /// Makes the input method forget its preedit.
   void end();
+  /// The input method is gone or silent: what it composed becomes text. The sink may be gone afterwards.
+  void abandon(platform::port::SurfaceSink& sink);
+  /// From now on nothing counts that the input method says, until it is given up with `false`.
+  void setIgnoring(bool ignoring);
 
  private:
   bool isEcho(const QString& commit);
 
   QString preedit_;
   QString ended_;
+  bool ignoring_ = false;
   QElapsedTimer sinceEnd_;
 };
 

@@ -5,6 +5,7 @@
 
 #include <QElapsedTimer>
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <utility>
 
@@ -28,6 +29,15 @@ using Message = std::unique_ptr<sd_bus_message, MessageFree>;
 
 bool isPlain(const std::string& text) {
   return text.find('\0') == std::string::npos;
+}
+
+/// `due` in microseconds of the monotonic clock.
+int millisecondsUntil(std::uint64_t due) {
+  constexpr std::uint64_t kLongest = 60'000'000;
+  const auto now = static_cast<std::uint64_t>(
+      std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now().time_since_epoch())
+          .count());
+  return due > now ? static_cast<int>(std::min(due - now, kLongest) / 1000) + 1 : 0;
 }
 
 /// In a match rule a value stands in quotes, and a quote outside of them, escaped.
@@ -94,6 +104,9 @@ void DBusBroadcast::updateWatch() {
   const int events = bus_ ? sd_bus_get_events(bus_.get()) : 0;
   if (readable_) readable_->setEnabled(events > 0 && (events & POLLIN));
   if (writable_) writable_->setEnabled(events > 0 && (events & POLLOUT));
+  // A connection that a post found broken has no events any more, only something to do now.
+  std::uint64_t due = 0;
+  if (bus_ && sd_bus_get_timeout(bus_.get(), &due) > 0) continue_.start(millisecondsUntil(due));
 }
 
 void DBusBroadcast::observe(const std::string& name) {

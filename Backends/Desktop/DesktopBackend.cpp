@@ -5,6 +5,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QStandardPaths>
+#include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 
 #include "Backends/Desktop/DBusBroadcast.h"
@@ -16,6 +18,10 @@
 namespace desktop {
 
 namespace {
+
+/// Set at exit, when what the toolkit made for its application object is destroyed. A back end that a global of the
+/// program owns comes after that, and taking it apart then would be a crash.
+bool globalsAreGone = false;
 
 /// The toolkit ends the process when it finds no display, so we look first.
 void requireDisplay() {
@@ -69,9 +75,17 @@ struct DesktopBackend::Parts {
   platform::port::Folders folders;
 };
 
-DesktopBackend::DesktopBackend(const DesktopOptions& options) : parts_(std::make_unique<Parts>(options)) {}
+DesktopBackend::DesktopBackend(const DesktopOptions& options) : parts_(std::make_unique<Parts>(options)) {
+  [[maybe_unused]] static const int registered = std::atexit([] { globalsAreGone = true; });
+}
 
-DesktopBackend::~DesktopBackend() = default;
+DesktopBackend::~DesktopBackend() {
+  if (!globalsAreGone) return;
+  std::fputs("The desktop back end is destroyed after the toolkit's globals, so it is left as it is.\n", stderr);
+  // Still reachable, for those who look for leaks; volatile, since nobody else reads it.
+  [[maybe_unused]] static Parts* volatile left = nullptr;
+  left = parts_.release();
+}
 
 platform::port::LoopDriver& DesktopBackend::loop() {
   return parts_->loop;

@@ -14,7 +14,8 @@ struct DesktopOptions {
 
 /// The user's real desktop: Qt 6 on X11 (under Wayland through XWayland), the session bus, the user's folders.
 /// Makes the toolkit's application object, or borrows the one that stands. One at a time; main thread, but
-/// `LoopDriver::wake`.
+/// `LoopDriver::wake`. To be destroyed before `main` returns: one that is still there when the program's globals are
+/// destroyed is left as it is, with a word on standard error, and notifications not sent by then are lost.
 class DesktopBackend final : public platform::port::Backend {
  public:
   /// Throws std::runtime_error when no X server answers at DISPLAY.

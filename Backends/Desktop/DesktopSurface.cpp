@@ -110,7 +110,14 @@ void DesktopSurface::applyFrame() {
   requested_ = toToolkit(state_.frame);
   applyLimits();
   window_->setGeometry(requested_);
+  tellCaret();
   settleTimer_.start();
+}
+
+/// The caret moves with its window.
+void DesktopSurface::tellCaret() {
+  if (textEnabled_ && QGuiApplication::focusObject() == window_)
+    QGuiApplication::inputMethod()->update(Qt::ImCursorRectangle);
 }
 
 void DesktopSurface::show() {
@@ -158,7 +165,9 @@ void DesktopSurface::reportFrame() {
   if (*shown == requested_ && toToolkit(state_.frame) == requested_) return;
   requested_ = *shown;
   state_.frame = frame;
+  const QPointer<SurfaceWindow> window(window_);
   sink().surfaceFrameChanged(frame);
+  if (window && window->sink()) tellCaret();
 }
 
 void DesktopSurface::stateChanged() {
@@ -192,15 +201,31 @@ void DesktopSurface::activate() {
 }
 
 void DesktopSurface::setMinimised(bool minimised) {
+  if (!services_.x.hasWindowManager()) return refuseMinimising();
   window_->setWindowStates(minimised ? window_->windowStates() | Qt::WindowMinimized
                                      : window_->windowStates() & ~Qt::WindowMinimized);
   services_.x.flush();
 }
 
 void DesktopSurface::setZoomed(bool zoomed) {
+  if (!services_.x.hasWindowManager()) return zoomAlone(zoomed);
   window_->setWindowStates(zoomed ? window_->windowStates() | Qt::WindowMaximized
                                   : window_->windowStates() & ~Qt::WindowMaximized);
   services_.x.flush();
+}
+
+/// Without a window manager nobody could bring the window back.
+void DesktopSurface::refuseMinimising() {
+  QTimer::singleShot(0, window_, [this] {
+    if (window_->sink()) sink().surfaceMinimised(false);
+  });
+}
+
+void DesktopSurface::zoomAlone(bool zoomed) {
+  if (std::exchange(zoomed_, zoomed) == zoomed) return;
+  if (zoomed) unzoomed_ = requested_;
+  window_->setGeometry(zoomed ? window_->screen()->availableGeometry() : unzoomed_);
+  settleTimer_.start();
 }
 
 bool DesktopSurface::beginMove() {

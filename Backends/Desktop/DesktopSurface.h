@@ -47,12 +47,15 @@ class DesktopSurface final : public platform::port::Surface {
 
  private:
   void applyFrame();
+  void tellCaret();
   void applyLimits();
   void show();
   void showStates();
   std::optional<QRect> shownFrame() const;
   void settle();
   void followMove();
+  void refuseMinimising();
+  void zoomAlone(bool zoomed);
 
   DesktopWindowHost& host_;
   WindowServices& services_;
@@ -61,6 +64,7 @@ class DesktopSurface final : public platform::port::Surface {
   xcb_window_t parent_ = 0;
   platform::port::SurfaceState state_;
   QRect requested_;
+  QRect unzoomed_;  ///< before we zoomed it ourselves
   QTimer settleTimer_;
   QTimer moveTimer_;
   QRect lastMoved_;

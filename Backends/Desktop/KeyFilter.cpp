@@ -40,12 +40,10 @@ QList<QDBusPendingCallWatcher*> openCalls() {
 
 }  // namespace
 
-KeyFilter::KeyFilter(XServer& x, Finder finder) : x_(x), keyboard_(x), finder_(std::move(finder)) {
+KeyFilter::KeyFilter(XServer& x, Composition& composition, Finder finder)
+    : x_(x), composition_(composition), keyboard_(x), finder_(std::move(finder)) {
   patience_.setSingleShot(true);
-  QObject::connect(&patience_, &QTimer::timeout, &context_, [this] {
-    unanswered_ = true;
-    giveBack();
-  });
+  QObject::connect(&patience_, &QTimer::timeout, &context_, [this] { fallSilent(); });
   QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
@@ -97,7 +95,12 @@ void KeyFilter::filterRelease(const KeyEvent& event) {
   if (QApplication::activePopupWidget() || !finder_(event.event)) return;
   flushRelease();
   release_ = event;
-  QTimer::singleShot(0, &context_, [this] { flushRelease(); });
+  QTimer::singleShot(0, &context_, [this] {
+    flushRelease();
+    // A silent input method that takes a release is back.
+    if (unanswered_)
+      for (QDBusPendingCallWatcher* call : openCalls()) watch(*call);
+  });
 }
 
 bool KeyFilter::isRepeat(const KeyEvent& event) {
@@ -158,11 +161,14 @@ void KeyFilter::watch(QDBusPendingCallWatcher& call) {
   if (!watched_.insert(&call).second) return;
   if (!call.isFinished())
     QObject::connect(&call, &QDBusPendingCallWatcher::finished, &context_, [this](QDBusPendingCallWatcher* done) {
-      if (done->isError() && flight_) giveBack();
+      if (!done->isError())
+        answered_ = true;
+      else if (flight_)
+        giveBack();
     });
   QObject::connect(&call, &QObject::destroyed, &context_, [this](QObject* gone) {
     watched_.erase(gone);
-    unanswered_ = false;
+    if (unanswered_ && answered_ && openCalls().isEmpty()) heardAgain();
     lookForAnswer();
   });
 }
@@ -177,6 +183,18 @@ void KeyFilter::endFlight(const KeyEvent& key) {
   resume();
 }
 
+void KeyFilter::fallSilent() {
+  unanswered_ = true;
+  answered_ = false;
+  giveBack();
+  composition_.setIgnoring(true);
+}
+
+void KeyFilter::heardAgain() {
+  unanswered_ = false;
+  composition_.setIgnoring(false);
+}
+
 /// The input method is gone or silent: the key does what it would do without one.
 void KeyFilter::giveBack() {
   if (!flight_) return;
@@ -186,8 +204,8 @@ void KeyFilter::giveBack() {
   givenBack_.push_back(event);
   if (givenBack_.size() > kRemembered) givenBack_.pop_front();
   const auto input = keyboard_.input(event.detail, event.state, true);
-  SurfaceSink* sink = finder_(event.event);
-  if (input && sink) sink->surfaceKeyAfterInputMethod(*input);
+  if (SurfaceSink* sink = finder_(event.event)) composition_.abandon(*sink);
+  if (SurfaceSink* sink = finder_(event.event); input && sink) sink->surfaceKeyAfterInputMethod(*input);
   resume();
 }
 

@@ -10,6 +10,7 @@
 #include <optional>
 #include <set>
 
+#include "Backends/Desktop/Composition.h"
 #include "Backends/Desktop/Keyboard.h"
 #include "Platform/Port/WindowHost.h"
 
@@ -22,13 +23,14 @@ namespace desktop {
 ///
 /// Input methods answer asynchronously. While a key is with the input method, later keys wait here, so that the model
 /// judges each one (Return above all) knowing what the ones before it did. An input method that dies gives the key
-/// back; one that doesn't answer for `kPatience` is passed by until it does.
+/// back; one that doesn't answer for `kPatience` is passed by until it does, and what it says of the key then is
+/// ignored.
 class KeyFilter final : public QAbstractNativeEventFilter {
  public:
   /// Answers the window's sink; null for windows that aren't ours.
   using Finder = std::function<platform::port::SurfaceSink*(xcb_window_t)>;
 
-  KeyFilter(XServer& x, Finder finder);
+  KeyFilter(XServer& x, Composition& composition, Finder finder);
   ~KeyFilter() override;
 
   bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
@@ -55,17 +57,21 @@ class KeyFilter final : public QAbstractNativeEventFilter {
   void watch(QDBusPendingCallWatcher& call);
   void endFlight(const KeyEvent& key);
   void giveBack();
+  void fallSilent();
+  void heardAgain();
   void resume();
 
   XServer& x_;
+  Composition& composition_;
   Keyboard keyboard_;
   Finder finder_;
   QObject context_;
   std::optional<KeyEvent> release_;
   std::optional<KeyEvent> last_;
   std::optional<KeyEvent> flight_;
-  bool returning_ = false;  ///< the key in flight was sent to ourselves once more and hasn't come yet
-  bool unanswered_ = false;
+  bool returning_ = false;   ///< the key in flight was sent to ourselves once more and hasn't come yet
+  bool unanswered_ = false;  ///< the input method was silent; nothing goes to it but releases, until it answers
+  bool answered_ = false;    ///< since it fell silent
   std::deque<KeyEvent> givenBack_;
   QTimer patience_;
   std::set<const QObject*> watched_;

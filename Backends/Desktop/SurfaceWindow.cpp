@@ -1,6 +1,10 @@
 #include "Backends/Desktop/SurfaceWindow.h"
 
+#include <private/qguiapplication_p.h>
+#include <private/qhighdpiscaling_p.h>
 #include <qpa/qplatformbackingstore.h>
+#include <qpa/qplatforminputcontext.h>
+#include <qpa/qplatformintegration.h>
 
 #include <QInputMethodEvent>
 #include <QInputMethodQueryEvent>
@@ -44,6 +48,12 @@ PointerAction actionOf(Qt::MouseButton button, bool down) {
   if (button == Qt::LeftButton) return down ? PointerAction::leftDown : PointerAction::leftUp;
   if (button == Qt::RightButton) return down ? PointerAction::rightDown : PointerAction::rightUp;
   return down ? PointerAction::otherDown : PointerAction::otherUp;
+}
+
+/// The toolkit's module for ibus hands the caret's place on in points, where ibus takes pixels of the root window.
+bool tellsPointsAsPixels() {
+  const auto* context = QGuiApplicationPrivate::platformIntegration()->inputContext();
+  return context && std::strcmp(context->metaObject()->className(), "QIBusPlatformInputContext") == 0;
 }
 
 QVariant answerTo(Qt::InputMethodQuery query, const TextInputState& state, const QRectF& caret) {
@@ -275,7 +285,9 @@ void SurfaceWindow::answer(QInputMethodQueryEvent& event) const {
     return;
   }
   // Relative to where the toolkit believes the window to be, since it adds that again.
-  const QRectF caret = QRectF(toToolkit(state->caret)).translated(-QPointF(geometry().topLeft()));
+  const QRect points = toToolkit(state->caret);
+  const QRect shown = tellsPointsAsPixels() ? QHighDpi::toNativeWindowGeometry(points, this) : points;
+  const QRectF caret = QRectF(shown).translated(-QPointF(geometry().topLeft()));
   for (int bit = 0; bit < 32; ++bit) {
     const auto query = static_cast<Qt::InputMethodQuery>(1U << bit);
     if (!event.queries().testFlag(query)) continue;

@@ -10,12 +10,12 @@ namespace desktop {
 class WindowServices {
  public:
   WindowServices(KeyFilter::Finder finder, std::string className)
-      : identifier(std::move(className)), keys(x, std::move(finder)) {}
+      : identifier(std::move(className)), keys(x, composition, std::move(finder)) {}
 
   std::string identifier;  ///< the desktop file's name: every window's class
   XServer x;
-  KeyFilter keys;
   Composition composition;
+  KeyFilter keys;
 };
 
 }  // namespace desktop

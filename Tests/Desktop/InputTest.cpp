@@ -2,37 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 
-#include "Tests/Desktop/Machine.h"
-#include "Tests/Desktop/RecordingSink.h"
+#include "Tests/Desktop/InputFixture.h"
 
 namespace desktop_tests {
 
 using platform::port::PointerAction;
-using platform::port::Surface;
-using platform::port::SurfaceState;
 
 namespace {
-
-/// Keys and pointer of a real server, pressed by another process.
-class DesktopInput : public testing::Test {
- protected:
-  DesktopInput() {
-    SurfaceState state;
-    state.frame = {200, 200, 400, 300};
-    state.visible = true;
-    state.title = "Input";
-    surface_ = desktopMachine().backend().windows().makeSurface(sink_, state);
-    surface_->activate();
-    EXPECT_TRUE(soon([&] { return sink_.active; }));
-  }
-
-  static bool soon(const std::function<bool()>& condition) { return desktopMachine().spin(condition); }
-
-  RecordingSink sink_;
-  std::unique_ptr<Surface> surface_;
-};
 
 TEST_F(DesktopInput, EachHardwareKeyArrivesOnceWithItsVirtualCodeAndModifiers) {
   struct Row {
@@ -74,7 +51,7 @@ TEST_F(DesktopInput, EachHardwareKeyArrivesOnceWithItsVirtualCodeAndModifiers) {
 }
 
 TEST_F(DesktopInput, AHeldKeyRepeatsWithoutReleases) {
-  outside("xset r rate 150 50; xdotool keydown 38 sleep 0.4 keyup 38");
+  outside("xset r rate 150 50; xdotool keydown 38 sleep 0.4 keyup 38; xset r rate 660 25");
   EXPECT_TRUE(soon([&] { return !sink_.keys.empty() && !sink_.keys.back().down; }));
   EXPECT_EQ(std::count_if(sink_.keys.begin(), sink_.keys.end(), [](const auto& key) { return !key.down; }), 1);
   EXPECT_GT(sink_.keys.size(), 4U);
@@ -83,8 +60,7 @@ TEST_F(DesktopInput, AHeldKeyRepeatsWithoutReleases) {
 }
 
 TEST_F(DesktopInput, ThePointerIsReportedInScreenPointsFromTheBottomLeft) {
-  const double height = desktopMachine().backend().windows().screens().front().frame.height;
-  outside(fmt::format("xdotool mousemove 300 {} click 1 click 3 click 4", height - 250));
+  outside("xdotool mousemove " + rootPixels({300, 250}) + " click 1 click 3 click 4");
   EXPECT_TRUE(soon([&] { return !sink_.wheels.empty() && sink_.count(PointerAction::rightUp) == 1; }));
   EXPECT_EQ(sink_.count(PointerAction::leftDown), 1U);
   EXPECT_EQ(sink_.count(PointerAction::leftUp), 1U);
@@ -93,15 +69,12 @@ TEST_F(DesktopInput, ThePointerIsReportedInScreenPointsFromTheBottomLeft) {
 }
 
 TEST_F(DesktopInput, TheWindowManagerMovesTheWindowAndOneReleaseEndsIt) {
-  const double height = desktopMachine().backend().windows().screens().front().frame.height;
   bool began = false;
   sink_.onPointer = [&](const auto& input) {
     if (input.action == PointerAction::leftDown) began = surface_->beginMove();
   };
-  outside(
-      fmt::format("xdotool mousemove 300 {} mousedown 1 sleep 0.2 mousemove_relative 10 10 sleep 0.1 "
-                  "mousemove_relative 30 20 sleep 0.1 mouseup 1",
-                  height - 250));
+  outside("xdotool mousemove " + rootPixels({300, 250}) +
+          " mousedown 1 sleep 0.2 mousemove_relative 10 10 sleep 0.1 mousemove_relative 30 20 sleep 0.1 mouseup 1");
   EXPECT_TRUE(began);
   EXPECT_TRUE(soon([&] { return sink_.count(PointerAction::leftUp) > 0; }));
   EXPECT_EQ(sink_.count(PointerAction::leftUp), 1U);
@@ -109,62 +82,6 @@ TEST_F(DesktopInput, TheWindowManagerMovesTheWindowAndOneReleaseEndsIt) {
   EXPECT_EQ(sink_.frames.back(), desktopMachine().frameOf(surface_->nativeHandle()));
   EXPECT_NE(sink_.frames.back().x, 200);
   EXPECT_TRUE(sink_.active) << "the application stays active over the move";
-}
-
-class DesktopInputMethod : public DesktopInput {
- protected:
-  DesktopInputMethod() {
-    sink_.hasText = true;
-    sink_.caret = {260, 300, 1, 18};
-    surface_->textInputChanged(false);
-    // The input method takes some time to notice a new window; from its first answer on it is there.
-    outside("xdotool key x");
-    EXPECT_TRUE(soon([&] { return !sink_.marked.empty() && !sink_.keys.back().down; }));
-    surface_->textInputChanged(true);
-    outside("xdotool key space");
-    EXPECT_TRUE(soon([&] { return sink_.text.ends_with(u' '); }));
-    sink_.keys.clear();
-    sink_.left.clear();
-    sink_.text.clear();
-    sink_.marked.clear();
-  }
-};
-
-TEST_F(DesktopInputMethod, HangulComposesAndIsCommitted) {
-  outside("xdotool key --delay 10 g k s");
-  EXPECT_TRUE(soon([&] { return sink_.marked == u"한"; }));
-  EXPECT_EQ(sink_.text, u"");
-  outside("xdotool key --delay 10 r m f space");
-  EXPECT_TRUE(soon([&] { return sink_.text == u"한글 "; }));
-  EXPECT_EQ(std::count_if(sink_.keys.begin(), sink_.keys.end(), [](const auto& key) { return key.down; }), 7)
-      << "every key is shown to the model once, though the input method takes it";
-}
-
-TEST_F(DesktopInputMethod, AReturnRightBehindTheKeysFindsTheWholeComposition) {
-  std::u16string atReturn;
-  sink_.onKey = [&](const auto& key) {
-    if (key.down && key.keyCode == 36) atReturn = sink_.text + sink_.marked;
-  };
-  outside("xdotool key --delay 0 g k s r m f Return");
-  EXPECT_TRUE(soon([&] { return sink_.text == u"한글"; }));
-  EXPECT_EQ(atReturn, u"한글");
-}
-
-TEST_F(DesktopInputMethod, AnEndedCompositionIsNotCommittedOnceMore) {
-  outside("xdotool key --delay 10 g k s");
-  ASSERT_TRUE(soon([&] { return sink_.marked == u"한"; }));
-  sink_.insert(sink_.marked);
-  surface_->textInputChanged(true);
-  outside("xdotool key --delay 10 r m f space");
-  EXPECT_TRUE(soon([&] { return sink_.text.ends_with(u' '); }));
-  EXPECT_EQ(sink_.text, u"한글 ");
-}
-
-/// Runs last of its kind: the input method doesn't come back.
-TEST_F(DesktopInputMethod, ZKeysStillTypeAfterTheInputMethodDied) {
-  outside("ibus exit");
-  outside("xdotool key --delay 30 a b c");
-  EXPECT_TRUE(soon([&] { return sink_.text == u"abc"; }));
 }
 
 }  // namespace

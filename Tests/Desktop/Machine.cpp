@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <sstream>
 #include <vector>
 
@@ -41,7 +42,7 @@ class DesktopMachine final : public Machine {
                             window)));
     double x = 0, y = 0, width = 0, height = 0, screen = 0;
     answer >> x >> y >> width >> height >> screen;
-    return {x, screen - y - height, width, height};
+    return {x / scale(), (screen - y - height) / scale(), width / scale(), height / scale()};
   }
   bool isAbove(std::uint64_t upper, std::uint64_t lower) override {
     const std::string order = outside("xprop -root -notype _NET_CLIENT_LIST_STACKING");
@@ -135,6 +136,16 @@ Machine& desktopMachine() {
 
 std::unique_ptr<Machine> makeHeadlessMachine() {
   return std::make_unique<HeadlessMachine>();
+}
+
+double scale() {
+  const char* factor = std::getenv("QT_SCALE_FACTOR");
+  return factor ? std::stod(factor) : 1;
+}
+
+std::string rootPixels(const platform::Point& point) {
+  const double height = desktopMachine().backend().windows().screens().front().frame.height;
+  return fmt::format("{:.0f} {:.0f}", point.x * scale(), (height - point.y) * scale());
 }
 
 std::string outside(const std::string& command) {

@@ -34,6 +34,11 @@ class Machine {
 Machine& desktopMachine();
 std::unique_ptr<Machine> makeHeadlessMachine();
 
+/// Pixels to a point, as the desktop was started.
+double scale();
+/// A place in screen points as xdotool takes it: pixels from the top left of the root window.
+std::string rootPixels(const platform::Point& point);
+
 /// Runs a shell command while the desktop's loop turns, and returns what it wrote, without the last newline. Fails the
 /// test when the command does, or when it takes longer than ten seconds.
 std::string outside(const std::string& command);

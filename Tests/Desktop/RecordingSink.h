@@ -48,6 +48,13 @@ class RecordingSink : public platform::port::SurfaceSink {
     text += more;
     marked.clear();
   }
+  /// The keys that went down, by their characters.
+  std::string typed() const {
+    std::string result;
+    for (const auto& key : keys)
+      if (key.down) result += key.characters + (key.repeated ? " (repeated) " : " ");
+    return result;
+  }
   std::size_t count(platform::port::PointerAction action) const {
     std::size_t found = 0;
     for (const auto& each : pointers) found += each.action == action;

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+
+#include "Tests/Desktop/Machine.h"
+#include "Tests/Desktop/RecordingSink.h"
+
+namespace desktop_tests {
+
+/// Keys and pointer of a real server, pressed by another process.
+class DesktopInput : public testing::Test {
+ protected:
+  static constexpr platform::Rect kFrame = {200, 200, 400, 300};
+
+  DesktopInput() {
+    platform::port::SurfaceState state;
+    state.frame = kFrame;
+    state.visible = true;
+    state.title = "Input";
+    surface_ = desktopMachine().backend().windows().makeSurface(sink_, state);
+    surface_->activate();
+    EXPECT_TRUE(soon([&] { return sink_.active; }));
+  }
+
+  static bool soon(const std::function<bool()>& condition) { return desktopMachine().spin(condition); }
+
+  RecordingSink sink_;
+  std::unique_ptr<platform::port::Surface> surface_;
+};
+
+}  // namespace desktop_tests
