@@ -96,7 +96,7 @@ std::vector<Removal> removals() {
           {"the only one", {members(1, 100), {}, {}}, "file 0"},
           {"prefixed and commented", prefixed, "file 1"},
           {"watched in steps", {members(8, 20'000), {}, {}}, "file 3", 400},
-          {"watched in larger steps", {members(60, 20'000), {}, {}}, "file 30", 2000},
+          {"watched in larger steps", {members(60, 20'000), {}, {}}, "file 30", 900},
           {"first of many small", {members(300, 10), {}, {}}, "file 0"},
           {"one of big ones", {members(4, 3'000'000), {}, {}}, "file 1"},
           {"one of two hundred", {members(200, 17'000), {}, {}}, "file 100"}};
