@@ -93,10 +93,12 @@ bool KeyFilter::filterPress(const KeyEvent& event) {
 
 void KeyFilter::filterRelease(const KeyEvent& event) {
   if (QApplication::activePopupWidget() || !finder_(event.event)) return;
+  if (release_ && release_->detail == event.detail) release_.reset();
   flushRelease();
   release_ = event;
   QTimer::singleShot(0, &context_, [this] {
-    flushRelease();
+    // The press that makes it a repeat may arrive in another batch.
+    if (release_ && !x_.isDown(release_->detail)) flushRelease();
     // A silent input method that takes a release is back.
     if (unanswered_)
       for (QDBusPendingCallWatcher* call : openCalls()) watch(*call);

@@ -140,4 +140,9 @@ std::uint16_t XServer::pointerState() {
   return reply ? reply->mask : std::uint16_t{0};
 }
 
+bool XServer::isDown(std::uint8_t keycode) {
+  const auto reply = owned(xcb_query_keymap_reply(connection_, xcb_query_keymap(connection_), nullptr));
+  return reply && (reply->keys[keycode / 8] >> (keycode % 8) & 1);
+}
+
 }  // namespace desktop

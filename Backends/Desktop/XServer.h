@@ -46,6 +46,8 @@ class XServer {
   std::optional<QRect> geometry(xcb_window_t window);
   /// Buttons and modifiers that are down now, as the core protocol's state mask.
   std::uint16_t pointerState();
+  /// Whether the hardware key is held, auto-repeat or not.
+  bool isDown(std::uint8_t keycode);
 
  private:
   std::vector<std::uint32_t> property(xcb_window_t window, const std::string& name, xcb_atom_t type);
