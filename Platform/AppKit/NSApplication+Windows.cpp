@@ -87,7 +87,8 @@ void NSApplication::restackSurfaces(const std::vector<NSWindow*>& family, Window
   const auto root = base == family.end() ? family.end() - 1 : base;
   const bool sameLevel = relative && relative->effectiveLevel() == (*root)->effectiveLevel();
   (*root)->surface_->restack(place != WindowOrdering::below, sameLevel ? relative->surface_.get() : nullptr);
-  for (auto each = root; each != family.begin(); --each) (*(each - 1))->surface_->restack(true, (*each)->surface_.get());
+  for (auto each = root; each != family.begin(); --each)
+    (*(each - 1))->surface_->restack(true, (*each)->surface_.get());
   for (auto each = root; each + 1 != family.end(); ++each)
     (*(each + 1))->surface_->restack(false, (*each)->surface_.get());
 }

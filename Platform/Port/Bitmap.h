@@ -5,7 +5,8 @@
 
 namespace platform {
 
-/// Pixels row by row from the top left, each 0xAARRGGBB with colour premultiplied by alpha; `scale` pixels make a point.
+/// Pixels row by row from the top left, each 0xAARRGGBB with colour premultiplied by alpha; `scale` pixels make a
+/// point.
 struct Bitmap {
   int width = 0;
   int height = 0;

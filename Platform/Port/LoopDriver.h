@@ -26,8 +26,8 @@ class LoopDriver {
   virtual double now() const = 0;
   /// Seconds since 1970-01-01 00:00 UTC.
   virtual double wallClock() const = 0;
-  /// Delivers what the machine has (input, descriptors, wakes; `LoopSink::service` after each), waiting for the first of
-  /// it until `deadline` at most. Infinity waits without limit.
+  /// Delivers what the machine has (input, descriptors, wakes; `LoopSink::service` after each), waiting for the first
+  /// of it until `deadline` at most. Infinity waits without limit.
   virtual void wait(double deadline) = 0;
   /// Ends a wait, now or the next one. Any thread.
   virtual void wake() noexcept = 0;

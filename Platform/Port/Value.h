@@ -18,14 +18,14 @@ class Value {
   using Storage = std::variant<std::monostate, bool, std::int64_t, double, std::string, Array, Dictionary>;
 
   Value() = default;
-  Value(bool v) : storage_(v) {}                           // NOLINT(google-explicit-constructor): a literal is a value
+  Value(bool v) : storage_(v) {}                            // NOLINT(google-explicit-constructor): a literal is a value
   Value(int v) : storage_(static_cast<std::int64_t>(v)) {}  // NOLINT(google-explicit-constructor)
-  Value(std::int64_t v) : storage_(v) {}                   // NOLINT(google-explicit-constructor)
-  Value(double v) : storage_(v) {}                         // NOLINT(google-explicit-constructor)
-  Value(const char* v) : storage_(std::string(v)) {}       // NOLINT(google-explicit-constructor)
-  Value(std::string v) : storage_(std::move(v)) {}         // NOLINT(google-explicit-constructor)
-  Value(Array v) : storage_(std::move(v)) {}               // NOLINT(google-explicit-constructor)
-  Value(Dictionary v) : storage_(std::move(v)) {}          // NOLINT(google-explicit-constructor)
+  Value(std::int64_t v) : storage_(v) {}                    // NOLINT(google-explicit-constructor)
+  Value(double v) : storage_(v) {}                          // NOLINT(google-explicit-constructor)
+  Value(const char* v) : storage_(std::string(v)) {}        // NOLINT(google-explicit-constructor)
+  Value(std::string v) : storage_(std::move(v)) {}          // NOLINT(google-explicit-constructor)
+  Value(Array v) : storage_(std::move(v)) {}                // NOLINT(google-explicit-constructor)
+  Value(Dictionary v) : storage_(std::move(v)) {}           // NOLINT(google-explicit-constructor)
 
   bool isNull() const { return std::holds_alternative<std::monostate>(storage_); }
   /// The held alternative, or null when another one is held.

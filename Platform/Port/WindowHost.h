@@ -44,7 +44,8 @@ struct KeyInput {
   double time = 0;
 };
 
-/// `inputMethod`: the back end offers the key to the input method, and `keyAfterInputMethod` follows when that leaves it.
+/// `inputMethod`: the back end offers the key to the input method, and `keyAfterInputMethod` follows when that leaves
+/// it.
 enum class KeyDisposition { handled, inputMethod };
 
 /// What an input method asks of the focused text. Offsets and lengths are UTF-16 units.
@@ -107,8 +108,8 @@ class Surface {
   virtual void activate() = 0;
   virtual void setMinimised(bool minimised) = 0;
   virtual void setZoomed(bool zoomed) = 0;
-  /// Lets the machine move the surface with the pointer whose left button is down. False when it can't; otherwise frames
-  /// are reported as the machine tells them, and a `leftUp` when the move has ended.
+  /// Lets the machine move the surface with the pointer whose left button is down. False when it can't; otherwise
+  /// frames are reported as the machine tells them, and a `leftUp` when the move has ended.
   virtual bool beginMove() = 0;
   /// `fromTopLeft` in surface points; painted at the next turn of the loop.
   virtual void invalidate(const Rect& fromTopLeft) = 0;

@@ -21,7 +21,6 @@ class ChatWindow {
   /// Binds, makes and shows the window; `frame` in screen points.
   void open(const platform::Rect& frame);
   const ChatModel& chat() const { return chat_; }
-  const std::string& identifier() const { return identifier_; }
   /// Takes the composer's text into the conversation; text that is blank stays where it is.
   void send();
   /// The composer's text; empty without one.

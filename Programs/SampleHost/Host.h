@@ -47,7 +47,6 @@ class Host : public HostWindows {
   void bind(const std::string& identifier);
   /// Makes the record at its first use.
   HostWindow& window(const std::string& identifier);
-  const std::map<std::string, HostWindow>& windows() const { return windows_; }
   HelperPointer helperOf(const std::string& identifier) const override;
   platform::Size boundsOf(const std::string& identifier) const override;
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Platform/Foundation/DispatchQueue.h"
 #include "Programs/SampleHost/ChatTheme.h"
 
 namespace samplehost {
@@ -16,6 +17,7 @@ void HostView::setScene(std::shared_ptr<HostScene> scene) {
 }
 
 void HostView::draw(platform::port::Canvas& canvas) {
+  if (firstDrawn_) platform::DispatchQueue::main().async(std::exchange(firstDrawn_, nullptr));
   if (scene_) {
     scene_->draw(canvas, bounds().size());
   } else {

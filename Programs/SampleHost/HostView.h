@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <utility>
 
 #include "Platform/AppKit/NSView.h"
 #include "Programs/SampleHost/HostScene.h"
@@ -15,6 +17,8 @@ class HostView : public platform::NSView {
 
   /// Null: the view is empty.
   void setScene(std::shared_ptr<HostScene> scene);
+  /// Called once, in the turn of the main loop after the view was drawn for the first time.
+  void setFirstDrawn(std::function<void()> drawn) { firstDrawn_ = std::move(drawn); }
   bool isFlipped() const override { return true; }
   bool acceptsFirstResponder() override { return true; }
   void draw(platform::port::Canvas& canvas) override;
@@ -22,6 +26,7 @@ class HostView : public platform::NSView {
 
  private:
   std::shared_ptr<HostScene> scene_;
+  std::function<void()> firstDrawn_;
 };
 
 }  // namespace samplehost

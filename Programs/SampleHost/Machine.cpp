@@ -4,6 +4,7 @@
 
 #include <array>
 #include <stdexcept>
+#include <string_view>
 
 #ifdef WITH_DESKTOP
 #include "Backends/Desktop/DesktopBackend.h"
@@ -13,11 +14,21 @@ namespace samplehost {
 
 namespace {
 
+/// A back end that this program was built with.
+struct BackendEntry {
+  std::string_view name;
+  /// Throws std::runtime_error with a reason where it can't run.
+  std::unique_ptr<platform::port::Backend> (*make)();
+  /// Whether it may be chosen without being asked for.
+  bool automatic;
+};
+
 template <class Made>
 std::unique_ptr<platform::port::Backend> make() {
   return std::make_unique<Made>();
 }
 
+/// In the order in which they are preferred.
 constexpr std::array kEntries = {
 #ifdef WITH_DESKTOP
     BackendEntry{"desktop", make<desktop::DesktopBackend>, true},
@@ -51,10 +62,6 @@ std::unique_ptr<platform::port::Backend> makeFirstUsable() {
 }
 
 }  // namespace
-
-std::span<const BackendEntry> backendEntries() {
-  return kEntries;
-}
 
 Machine makeMachine(const std::optional<std::string>& name) {
   Machine machine;

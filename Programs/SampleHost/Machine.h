@@ -2,26 +2,12 @@
 
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
-#include <string_view>
 
 #include "Backends/Headless/HeadlessBackend.h"
 #include "Platform/Port/Backend.h"
 
 namespace samplehost {
-
-/// A back end that this program was built with.
-struct BackendEntry {
-  std::string_view name;
-  /// Throws std::runtime_error with a reason where it can't run.
-  std::unique_ptr<platform::port::Backend> (*make)();
-  /// Whether it may be chosen without being asked for.
-  bool automatic;
-};
-
-/// In the order in which they are preferred.
-std::span<const BackendEntry> backendEntries();
 
 /// The machine the host runs on.
 struct Machine {

@@ -35,6 +35,8 @@ Options Options::parse(std::span<char* const> arguments) {
       chooseMode(options, Mode::tour);
     } else if (argument == "--console") {
       chooseMode(options, Mode::console);
+    } else if (argument == "--say-painted") {
+      options.saysPainted = true;
     } else if (argument == "--help") {
       options.mode = Mode::help;
       return options;
@@ -46,13 +48,15 @@ Options Options::parse(std::span<char* const> arguments) {
 }
 
 const char* Options::usage() {
-  return "mirelo-host [--backend desktop|headless] [--bundle FOLDER] [--tour [--out FOLDER] | --console]\n"
+  return "mirelo-host [--backend desktop|headless] [--bundle FOLDER] [--tour [--out FOLDER] | --console | "
+         "--say-painted]\n"
          "\n"
          "Without --tour or --console it opens a messenger window and runs until it is closed.\n"
          "  --backend NAME   the machine to run on; without it the desktop, when its display can be reached\n"
          "  --bundle FOLDER  the plug-in; without it ../lib/VeltrikAppKit.bundle beside this program\n"
          "  --tour           drives itself through the plug-in and prints what was expected and seen\n"
          "  --out FOLDER     where the tour also writes transcript.txt and, on a desktop, pictures\n"
+         "  --say-painted    prints \"painted\" when the messenger's window shows its first picture\n"
          "  --console        is driven by JSON lines on standard input (docs/console.md)\n";
 }
 

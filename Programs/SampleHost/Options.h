@@ -17,6 +17,9 @@ struct Options {
   /// Where the tour writes its transcript and pictures; nothing: the transcript to standard output only.
   std::optional<std::filesystem::path> out;
 
+  /// Whether the messenger says on standard output that its window has been painted, for measuring.
+  bool saysPainted = false;
+
   /// `arguments` without the program's name. Throws std::runtime_error for what it doesn't know.
   static Options parse(std::span<char* const> arguments);
   static const char* usage();

@@ -30,10 +30,16 @@ platform::Rect centredFrame(platform::Size size) {
           size.height};
 }
 
-int runMessenger(Host& host) {
+int runMessenger(Host& host, const Options& options) {
   host.launch();
   ChatWindow chat(host, "main");
   chat.open(centredFrame({460, 640}));
+  if (options.saysPainted) {
+    host.layer().hostView("main")->setFirstDrawn([] {
+      std::puts("painted");
+      std::fflush(stdout);
+    });
+  }
   // A messenger of one window is over when that was closed.
   host.events().listen([](const HostEvent& event) {
     if (event.name == "windowWillClose" && event.from == "window:main") platform::NSApplication::shared().stop();
@@ -78,7 +84,7 @@ int run(const Options& options) {
   } else if (options.mode == Mode::console) {
     status = runConsole(host, machine);
   } else {
-    status = runMessenger(host);
+    status = runMessenger(host, options);
   }
   host.end();
   return status;
