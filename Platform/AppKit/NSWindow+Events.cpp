@@ -40,12 +40,13 @@ void NSWindow::setContentView(std::shared_ptr<NSView> view) {
   const auto alive = self();
   if (view && view == contentView()) return;
   if (const auto old = contentView()) old->removeFromSuperview();
-  contentView_ = view;
-  if (!view) return;
-  view->setTranslatesAutoresizingMaskIntoConstraints(true);
-  view->setAutoresizingMask(0);
-  view->setFrame(contentRectForFrameRect(frame_).offsetBy({-frame_.x, -frame_.y}));
-  themeFrame_->addSubview(view);
+  contentView_ = std::move(view);
+  if (!contentView_) return;
+  const auto content = contentView_;
+  content->setTranslatesAutoresizingMaskIntoConstraints(true);
+  content->setAutoresizingMask(0);
+  content->setFrame(contentRectForFrameRect(frame_).offsetBy({-frame_.x, -frame_.y}));
+  themeFrame_->addSubview(content);
 }
 
 std::shared_ptr<NSResponder> NSWindow::firstResponder() {
