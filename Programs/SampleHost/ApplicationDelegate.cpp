@@ -1,5 +1,6 @@
 #include "Programs/SampleHost/ApplicationDelegate.h"
 
+#include <deque>
 #include <utility>
 
 #include "Platform/AppKit/NSMenu.h"
@@ -15,6 +16,11 @@ constexpr const char* kName = "application";
 ApplicationDelegate& self(NSApplicationDelegate& delegate) {
   return static_cast<ApplicationDelegate&>(delegate);
 }
+/// A class lives as long as the process, also when the delegate has another one by now.
+std::deque<platform::runtime::Class>& madeClasses() {
+  static auto& classes = *new std::deque<platform::runtime::Class>();
+  return classes;
+}
 }  // namespace
 
 ApplicationDelegate::ApplicationDelegate(const Answers& answers, const HostEvents& events)
@@ -23,8 +29,7 @@ ApplicationDelegate::ApplicationDelegate(const Answers& answers, const HostEvent
 }
 
 void ApplicationDelegate::remakeClass() {
-  // A class lives as long as the process; nothing ever frees one.
-  class_ = new platform::runtime::Class("SampleHostApplicationDelegate", nullptr);
+  class_ = &madeClasses().emplace_back("SampleHostApplicationDelegate", nullptr);
   const auto has = [this](const auto& message) { return !answers_.get(kName, message.selector.name()).isNull(); };
   if (has(platform::kShouldHandleReopen))
     class_->addMethod(platform::kShouldHandleReopen, [](NSApplicationDelegate& delegate, bool hasVisibleWindows) {
