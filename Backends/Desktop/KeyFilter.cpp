@@ -23,6 +23,8 @@ using platform::port::SurfaceSink;
 namespace {
 
 constexpr std::uint8_t kSentByClient = 0x80;
+/// A repeat is a release and a press at one time, or nearly so on a busy server; milliseconds. No finger is that fast.
+constexpr xcb_timestamp_t kRepeatGap = 2;
 
 bool sameKey(const xcb_key_press_event_t& a, const xcb_key_press_event_t& b) {
   return a.detail == b.detail && a.time == b.time;
@@ -106,7 +108,7 @@ void KeyFilter::filterRelease(const KeyEvent& event) {
 }
 
 bool KeyFilter::isRepeat(const KeyEvent& event) {
-  if (release_ && sameKey(*release_, event)) {
+  if (release_ && release_->detail == event.detail && event.time - release_->time <= kRepeatGap) {
     release_.reset();
     return true;
   }
