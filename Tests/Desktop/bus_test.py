@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Two processes of ours on a bus of the test's own: notifications, the death of the bus, floods, and hostile payloads.
 
-What comes from outside is written to the bus's socket by hand, as the D-Bus specification lays it out, so that no library
+What comes from outside is written to the bus's socket by hand, in the D-Bus wire format, so that no library
 has a hand in it. BUS_PEER names the program; a display is needed.
 """
 import json
