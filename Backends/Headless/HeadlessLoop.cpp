@@ -44,8 +44,10 @@ void HeadlessLoop::unwatch(std::uint64_t watch) {
 }
 
 void HeadlessLoop::wait(double deadline) {
+  // Asked first, as in serviceAll: a worker that goes idle meanwhile has left a wake behind.
+  const bool busy = workersAtWork();
   if (deliverSomething() || deadline <= now_) return;
-  if (workersAtWork() || !watches_.empty()) return waitInRealTime(deadline);
+  if (busy || !watches_.empty()) return waitInRealTime(deadline);
   if (std::isinf(deadline)) throw std::runtime_error("headless loop: an endless wait for something that can't come");
   now_ = deadline;
   service();
