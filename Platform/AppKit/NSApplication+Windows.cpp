@@ -73,6 +73,7 @@ std::vector<NSWindow*>::iterator NSApplication::insertionPoint(int level, Window
                                                                const NSWindow* relative) {
   const auto front = std::find_if(ordered_.begin(), ordered_.end(),
                                   [&](const NSWindow* each) { return each->effectiveLevel() <= level; });
+  if (!relative && place != WindowOrdering::below) return front;
   const auto back =
       std::find_if(front, ordered_.end(), [&](const NSWindow* each) { return each->effectiveLevel() < level; });
   const auto sibling = relative ? std::find(front, back, relative) : back;
