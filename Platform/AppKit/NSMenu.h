@@ -1,72 +1,67 @@
 #pragma once
 
-#include <any>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "Platform/AppKit/NSMenuItem.h"
 #include "Platform/Export.h"
 
 namespace platform {
 
-class NSMenuItem;
-
-class PLATFORM_EXPORT NSMenuDelegate {
+class NSMenuDelegate {
  public:
   virtual ~NSMenuDelegate() = default;
-  virtual void menuDidClose() {}
+  /// The menu has left the screen, chosen from or not; a chosen item acts after this.
+  virtual void menuDidClose(NSMenu& /*menu*/) {}
+};
+
+/// One who shows a menu elsewhere, and so has to follow its changes. Hears of submenus, too.
+class NSMenuObserver {
+ public:
+  virtual ~NSMenuObserver() = default;
+  /// An item came, or a submenu was put on one or taken from it.
+  virtual void menuItemsChanged(NSMenu& menu) = 0;
+  /// A shown property of an item is another one.
+  virtual void menuItemChanged(NSMenuItem& item) = 0;
 };
 
 /// A menu as a model: what it shows and does. Main thread.
 class PLATFORM_EXPORT NSMenu {
  public:
   explicit NSMenu(std::string title) : title_(std::move(title)) {}
+  NSMenu(const NSMenu&) = delete;
+  NSMenu& operator=(const NSMenu&) = delete;
+  ~NSMenu();
+
   const std::string& title() const { return title_; }
+  std::shared_ptr<NSMenuDelegate> delegate() const { return delegate_.lock(); }
+  void setDelegate(std::weak_ptr<NSMenuDelegate> delegate) { delegate_ = std::move(delegate); }
+  /// Whether an item's target decides that it is enabled, or `NSMenuItem::setEnabled`. True unless it is set.
   bool autoenablesItems() const { return autoenables_; }
-  void setAutoenablesItems(bool autoenables) { autoenables_ = autoenables; }
-  void addItem(std::shared_ptr<NSMenuItem> item) { items_.push_back(std::move(item)); }
+  void setAutoenablesItems(bool autoenables);
+
+  /// An item that another menu holds throws std::logic_error.
+  void addItem(std::shared_ptr<NSMenuItem> item);
   const std::vector<std::shared_ptr<NSMenuItem>>& items() const { return items_; }
+  /// The first one; null when there is none. Submenus aren't looked through.
+  std::shared_ptr<NSMenuItem> itemWithTag(int tag) const;
+  /// The item that this menu is the submenu of; null for none.
+  NSMenuItem* superItem() const { return superItem_; }
+
+  void addObserver(std::weak_ptr<NSMenuObserver> observer);
 
  private:
+  friend class NSMenuItem;
+  void tell(const std::function<void(NSMenuObserver&)>& call);
+  void itemsChanged();
+
   std::string title_;
+  std::weak_ptr<NSMenuDelegate> delegate_;
   bool autoenables_ = true;
   std::vector<std::shared_ptr<NSMenuItem>> items_;
-};
-
-/// `action` names what the item does ("openMainWindow:"); `target` carries it out while it lives.
-class PLATFORM_EXPORT NSMenuItem {
- public:
-  using Handler = std::function<void(NSMenuItem&)>;
-
-  NSMenuItem(std::string title, std::string action, std::string keyEquivalent)
-      : title_(std::move(title)), action_(std::move(action)), keyEquivalent_(std::move(keyEquivalent)) {}
-  const std::string& title() const { return title_; }
-  const std::string& action() const { return action_; }
-  const std::string& keyEquivalent() const { return keyEquivalent_; }
-  int tag() const { return tag_; }
-  void setTag(int tag) { tag_ = tag; }
-  /// `handler` runs when the item is chosen, as long as `target` lives.
-  void setTarget(std::weak_ptr<void> target, Handler handler) {
-    target_ = std::move(target);
-    handler_ = std::move(handler);
-  }
-  std::shared_ptr<void> target() const { return target_.lock(); }
-  /// As the user's choice. False when the target has gone.
-  bool perform() {
-    const auto target = target_.lock();
-    if (!target || !handler_) return false;
-    handler_(*this);
-    return true;
-  }
-
- private:
-  std::string title_;
-  std::string action_;
-  std::string keyEquivalent_;
-  int tag_ = 0;
-  std::weak_ptr<void> target_;
-  Handler handler_;
+  std::vector<std::weak_ptr<NSMenuObserver>> observers_;
+  NSMenuItem* superItem_ = nullptr;
 };
 
 }  // namespace platform
