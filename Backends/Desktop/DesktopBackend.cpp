@@ -14,6 +14,7 @@
 #include "Backends/Desktop/DesktopLoop.h"
 #include "Backends/Desktop/DesktopText.h"
 #include "Backends/Desktop/DesktopWindowHost.h"
+#include "Backends/Desktop/SessionBus.h"
 
 namespace desktop {
 
@@ -59,19 +60,25 @@ platform::port::Folders userFolders() {
           folder(QStandardPaths::GenericDataLocation), folder(QStandardPaths::GenericCacheLocation)};
 }
 
+/// Deletes what all parts after it have given up.
+struct Sweeper {
+  ~Sweeper() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+};
+
 }  // namespace
 
 struct DesktopBackend::Parts {
   explicit Parts(const DesktopOptions& options)
       : application(options.identifier), windows(options.identifier), folders(userFolders()) {}
-  ~Parts() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
 
   Application application;
+  Sweeper sweeper;
   DesktopLoop loop;
   DesktopWindowHost windows;
   DesktopText text;
   DesktopClipboard clipboard;
-  DBusBroadcast broadcast;
+  SessionBus bus;
+  DBusBroadcast broadcast{bus};
   platform::port::Folders folders;
 };
 
