@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "Backends/Desktop/DBusBroadcast.h"
+#include "Backends/Desktop/DesktopApplications.h"
 #include "Backends/Desktop/DesktopClipboard.h"
 #include "Backends/Desktop/DesktopLoop.h"
 #include "Backends/Desktop/DesktopText.h"
@@ -79,6 +80,7 @@ struct DesktopBackend::Parts {
   DesktopClipboard clipboard;
   SessionBus bus;
   DBusBroadcast broadcast{bus};
+  DesktopApplications applications;
   platform::port::Folders folders;
 };
 
@@ -112,6 +114,10 @@ platform::port::Clipboard& DesktopBackend::clipboard() {
 
 platform::port::Broadcast* DesktopBackend::broadcast() {
   return &parts_->broadcast;
+}
+
+platform::port::Applications* DesktopBackend::applications() {
+  return &parts_->applications;
 }
 
 const platform::port::Folders& DesktopBackend::folders() const {

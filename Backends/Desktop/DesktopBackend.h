@@ -29,6 +29,7 @@ class DesktopBackend final : public platform::port::Backend {
   platform::port::TextMeasure& text() override;
   platform::port::Clipboard& clipboard() override;
   platform::port::Broadcast* broadcast() override;
+  platform::port::Applications* applications() override;
   const platform::port::Folders& folders() const override;
 
  private:

@@ -26,6 +26,7 @@ Reply<T> owned(T* reply) {
 }
 
 constexpr std::uint32_t kFromApplication = 1;
+constexpr std::uint32_t kFromPager = 2;
 constexpr std::uint32_t kLongestProperty = 1 << 16;
 
 }  // namespace
@@ -93,6 +94,15 @@ void XServer::stack(xcb_window_t window, bool above, xcb_window_t sibling) {
 
 std::vector<xcb_window_t> XServer::stacking() {
   return property(root_, "_NET_CLIENT_LIST_STACKING", XCB_ATOM_WINDOW);
+}
+
+int XServer::processOf(xcb_window_t window) {
+  const auto identifier = property(window, "_NET_WM_PID", XCB_ATOM_CARDINAL);
+  return identifier.empty() ? 0 : static_cast<int>(identifier.front());
+}
+
+void XServer::activateForUser(xcb_window_t window) {
+  sendToRoot(window, "_NET_ACTIVE_WINDOW", {kFromPager, XCB_CURRENT_TIME, 0, 0, 0});
 }
 
 void XServer::setTransientFor(xcb_window_t window, xcb_window_t parent) {

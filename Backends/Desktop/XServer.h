@@ -34,6 +34,11 @@ class XServer {
   void stack(xcb_window_t window, bool above, xcb_window_t sibling);
   /// Managed windows from the lowest to the highest, as the window manager tells.
   std::vector<xcb_window_t> stacking();
+  /// The process that a window says it belongs to; 0 for none.
+  int processOf(xcb_window_t window);
+  /// Asks for a window to be shown and given the focus, as a pager does for its user: a window manager that keeps
+  /// programs from stealing the focus grants it.
+  void activateForUser(xcb_window_t window);
   void setTransientFor(xcb_window_t window, xcb_window_t parent);
   void setClass(xcb_window_t window, const std::string& name);
   /// A normal window. The toolkit adds a type to frameless ones that makes a window manager refuse to move or maximise

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Backends/Headless/Faults.h"
+#include "Backends/Headless/HeadlessApplications.h"
 #include "Backends/Headless/HeadlessBroadcast.h"
 #include "Backends/Headless/HeadlessClipboard.h"
 #include "Backends/Headless/HeadlessInputMethod.h"
@@ -39,6 +40,7 @@ class HeadlessBackend final : public platform::port::Backend {
   HeadlessText& text() override { return text_; }
   HeadlessClipboard& clipboard() override { return clipboard_; }
   HeadlessBroadcast* broadcast() override { return options_.hasBroadcast ? &broadcast_ : nullptr; }
+  HeadlessApplications* applications() override { return &applications_; }
   /// Empty folders of this back end alone, removed with it.
   const platform::port::Folders& folders() const override { return folders_; }
 
@@ -62,6 +64,7 @@ class HeadlessBackend final : public platform::port::Backend {
   HeadlessText text_;
   HeadlessClipboard clipboard_{journal_, faults_};
   HeadlessBroadcast broadcast_{loop_, journal_, faults_};
+  HeadlessApplications applications_{journal_};
   HeadlessInputMethod inputMethod_{windows_, journal_};
   HeadlessUser user_{loop_, windows_, inputMethod_};
   platform::port::Folders folders_;

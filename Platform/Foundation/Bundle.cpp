@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
+#include <mutex>
 
 #include "Platform/Foundation/Session.h"
 
@@ -100,6 +101,22 @@ std::vector<std::shared_ptr<Bundle>>& opened() {
   return bundles;
 }
 
+/// Read when the library is loaded: later the file may have been moved, or another one be in its place.
+const std::filesystem::path startedProgram = [] {
+  std::error_code failure;
+  return std::filesystem::read_symlink("/proc/self/exe", failure);
+}();
+
+struct MainBundle {
+  std::mutex mutex;
+  std::shared_ptr<const Bundle> bundle;
+};
+
+MainBundle& mainBundle() {
+  static auto& main = *new MainBundle();
+  return main;
+}
+
 bool isPlainName(const std::filesystem::path& name) {
   return !name.empty() && name == name.filename() && name != "..";
 }
@@ -114,10 +131,46 @@ std::shared_ptr<Bundle> Bundle::open(const std::filesystem::path& path) {
   const std::filesystem::path canonical = std::filesystem::canonical(path, failure);
   if (failure) return nullptr;
   const auto known = std::ranges::find(opened(), canonical, [](const auto& bundle) { return bundle->path(); });
-  if (known != opened().end()) return *known;
   auto info = readPropertyList(canonical / "Contents/Info.plist");
   if (!info) return nullptr;
+  if (known != opened().end()) {
+    (*known)->info_ = std::move(*info);
+    return *known;
+  }
   return opened().emplace_back(new Bundle(canonical, std::move(*info)));
+}
+
+std::shared_ptr<const Bundle> Bundle::read(const std::filesystem::path& path) {
+  std::error_code failure;
+  const std::filesystem::path canonical = std::filesystem::canonical(path, failure);
+  if (failure) return nullptr;
+  auto info = readPropertyList(canonical / "Contents/Info.plist");
+  return info ? std::shared_ptr<const Bundle>(new Bundle(canonical, std::move(*info))) : nullptr;
+}
+
+std::shared_ptr<const Bundle> Bundle::main() {
+  MainBundle& main = mainBundle();
+  const std::lock_guard lock(main.mutex);
+  if (!main.bundle) {
+    const auto folder = startedProgram.parent_path();
+    if (folder.filename() == "Linux" && folder.parent_path().filename() == "Contents")
+      main.bundle = read(folder.parent_path().parent_path());
+    if (!main.bundle) {
+      main.bundle.reset(new Bundle(folder, {}));
+    }
+  }
+  return main.bundle;
+}
+
+void Bundle::setMainForTesting(const std::filesystem::path& path) {
+  auto bundle = path.empty() ? nullptr : read(path);
+  MainBundle& main = mainBundle();
+  const std::lock_guard lock(main.mutex);
+  main.bundle = std::move(bundle);
+}
+
+std::filesystem::path Bundle::programPath() {
+  return startedProgram;
 }
 
 std::vector<std::shared_ptr<Bundle>> Bundle::allBundles() {

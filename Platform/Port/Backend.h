@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "Platform/Port/Applications.h"
 #include "Platform/Port/Broadcast.h"
 #include "Platform/Port/Clipboard.h"
 #include "Platform/Port/LoopDriver.h"
@@ -27,6 +28,7 @@ class Backend {
   virtual TextMeasure& text() = 0;
   virtual Clipboard& clipboard() = 0;
   virtual Broadcast* broadcast() { return nullptr; }
+  virtual Applications* applications() { return nullptr; }
   virtual const Folders& folders() const = 0;
 };
 

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/AppKit/NSRunningApplication.h"
+#include "Platform/Export.h"
+#include "Platform/Foundation/CocoaError.h"
+#include "Platform/Foundation/URL.h"
+
+namespace platform {
+
+/// What the desktop around the application does for it. Main thread.
+class PLATFORM_EXPORT NSWorkspace {
+ public:
+  static NSWorkspace& shared();
+
+  struct OpenConfiguration {
+    /// Whether the user may be asked for leave. Nobody asks here.
+    bool promptsUserIfNeeded = true;
+    /// For the new process; one that runs already doesn't get them.
+    std::vector<std::string> arguments;
+    /// Starts another process even when one of this bundle runs.
+    bool createsNewApplicationInstance = false;
+  };
+  /// The application, or nothing and why it could not be started.
+  using OpenCompletion =
+      std::function<void(const std::shared_ptr<NSRunningApplication>&, const std::optional<CocoaError>&)>;
+
+  /// Starts the application bundle at `url`, or finds the process that was started from it. Returns at once;
+  /// `completion` runs once, in a later turn of the main loop.
+  void openApplication(const URL& url, OpenConfiguration configuration, OpenCompletion completion);
+};
+
+}  // namespace platform

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <stdlib.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+/// A new, empty folder that goes away with everything in it.
+class ScratchFolder {
+ public:
+  ScratchFolder() {
+    std::string name = std::filesystem::canonical(std::filesystem::temp_directory_path()) / "veltrik-XXXXXX";
+    if (::mkdtemp(name.data()) == nullptr) throw std::filesystem::filesystem_error(name, std::error_code());
+    path_ = name;
+  }
+  ~ScratchFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+  const std::filesystem::path& path() const { return path_; }
+  std::filesystem::path operator/(std::string_view name) const { return path_ / name; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+inline void writeText(const std::filesystem::path& file, std::string_view text) {
+  std::filesystem::create_directories(file.parent_path());
+  std::ofstream(file, std::ios::binary) << text;
+}
+
+inline std::string readText(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/// An application bundle whose executable is a shell script.
+inline void makeApplication(const std::filesystem::path& bundle, const std::string& identifier,
+                            const std::string& script, const std::string& version = "1.0") {
+  const std::string name = bundle.stem();
+  writeText(bundle / "Contents/Info.plist",
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>"
+            "<key>CFBundleIdentifier</key><string>" +
+                identifier +
+                "</string>"
+                "<key>CFBundleExecutable</key><string>" +
+                name +
+                "</string>"
+                "<key>CFBundleVersion</key><string>" +
+                version + "</string></dict></plist>");
+  const auto executable = bundle / "Contents/Linux" / name;
+  writeText(executable, "#!/bin/sh\n" + script + "\n");
+  std::filesystem::permissions(executable, std::filesystem::perms(0755));
+}
