@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "Platform/AppKit/NSWorkspace.h"
 #include "Platform/Foundation/DispatchQueue.h"
 #include "VeltrikAppKit/Unavailable.h"
 #include "VeltrikAppKit/VeltrikAppKit.h"
@@ -38,8 +39,8 @@ void VeltrikAppKit::showDownloadPathSavePanel(const URL&, std::function<void(con
   logUnavailable("showDownloadPathSavePanel");
 }
 
-std::optional<platform::Bitmap> VeltrikAppKit::fileIconForType(const std::string&) const {
-  return std::nullopt;
+std::optional<platform::Bitmap> VeltrikAppKit::fileIconForType(const std::string& type) const {
+  return platform::NSWorkspace::shared().iconForFileType(type)->bestRepresentation(1);
 }
 
 }  // namespace veltrik

@@ -1,27 +1,51 @@
+#include "Platform/AppKit/NSDockTile.h"
+#include "Platform/AppKit/NSWorkspace.h"
+#include "Platform/Foundation/CocoaError.h"
+#include "Platform/Foundation/Log.h"
+#include "Platform/Foundation/LoginItem.h"
 #include "VeltrikAppKit/Unavailable.h"
 #include "VeltrikAppKit/VeltrikAppKit.h"
 
 namespace veltrik {
+
+namespace {
+
+constexpr const char* kLoginItemIdentifier = "com.brenholt.macos.mirelo.startuplauncher";
+constexpr const char* kLoginItemName = "Mirelo";
+
+/// Every occurrence goes, wherever it stands in the text.
+std::string withoutFileScheme(std::string text) {
+  constexpr std::string_view kScheme = "file://";
+  for (std::size_t at = text.find(kScheme); at != std::string::npos; at = text.find(kScheme, at))
+    text.erase(at, kScheme.size());
+  return text;
+}
+
+}  // namespace
 
 std::shared_ptr<VeltrikStatusBarItemProtocol> VeltrikAppKit::createStatusBarItemWithImageName(const std::string&) {
   logUnavailable("createStatusBarItemWithImageName");
   return nullptr;
 }
 
-void VeltrikAppKit::setBadgeLabel(const std::optional<std::string>&) {
-  logUnavailable("setBadgeLabel");
+void VeltrikAppKit::setBadgeLabel(const std::optional<std::string>& label) {
+  platform::NSDockTile::shared().setBadgeLabel(label);
 }
 
-void VeltrikAppKit::openFileAtPath(const std::string&) {
-  logUnavailable("openFileAtPath");
+void VeltrikAppKit::openFileAtPath(const std::string& path) {
+  platform::NSWorkspace::shared().openFile(withoutFileScheme(path));
 }
 
-void VeltrikAppKit::openInFinderAtPath(const std::string&) {
-  logUnavailable("openInFinderAtPath");
+void VeltrikAppKit::openInFinderAtPath(const std::string& path) {
+  platform::NSWorkspace::shared().activateFileViewerSelecting(platform::URL::fileURL(withoutFileScheme(path)));
 }
 
-void VeltrikAppKit::setAutoLaunchApp(bool) {
-  logUnavailable("setAutoLaunchApp");
+void VeltrikAppKit::setAutoLaunchApp(bool enabled) {
+  try {
+    platform::setLoginItemEnabled({kLoginItemIdentifier, kLoginItemName, platform::mainExecutablePath()}, enabled);
+  } catch (const platform::CocoaError& error) {
+    platform::NSLog(std::string("The login item can't be set: ") + error.what());
+  }
 }
 
 bool VeltrikAppKit::isAppRunningWith(const std::string&) const {

@@ -8,10 +8,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
+#include <vector>
 
 #include "Backends/Desktop/DBusBroadcast.h"
 #include "Backends/Desktop/DesktopApplications.h"
 #include "Backends/Desktop/DesktopClipboard.h"
+#include "Backends/Desktop/DesktopDock.h"
+#include "Backends/Desktop/DesktopFileIcons.h"
+#include "Backends/Desktop/DesktopFileOpener.h"
 #include "Backends/Desktop/DesktopLoop.h"
 #include "Backends/Desktop/DesktopText.h"
 #include "Backends/Desktop/DesktopWindowHost.h"
@@ -53,12 +57,20 @@ class Application {
   std::unique_ptr<QApplication> owned_;
 };
 
+/// The first location is the user's own.
+std::vector<std::filesystem::path> systemConfig() {
+  std::vector<std::filesystem::path> folders;
+  for (const QString& folder : QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation).mid(1))
+    folders.emplace_back(folder.toStdString());
+  return folders;
+}
+
 platform::port::Folders userFolders() {
   const auto folder = [](QStandardPaths::StandardLocation location) {
     return std::filesystem::path(QStandardPaths::writableLocation(location).toStdString());
   };
   return {QDir::homePath().toStdString(), folder(QStandardPaths::GenericConfigLocation),
-          folder(QStandardPaths::GenericDataLocation), folder(QStandardPaths::GenericCacheLocation)};
+          folder(QStandardPaths::GenericDataLocation), folder(QStandardPaths::GenericCacheLocation), systemConfig()};
 }
 
 /// Deletes what all parts after it have given up.
@@ -70,7 +82,10 @@ struct Sweeper {
 
 struct DesktopBackend::Parts {
   explicit Parts(const DesktopOptions& options)
-      : application(options.identifier), windows(options.identifier), folders(userFolders()) {}
+      : application(options.identifier),
+        windows(options.identifier),
+        dock(bus, options.identifier),
+        folders(userFolders()) {}
 
   Application application;
   Sweeper sweeper;
@@ -81,6 +96,9 @@ struct DesktopBackend::Parts {
   SessionBus bus;
   DBusBroadcast broadcast{bus};
   DesktopApplications applications;
+  DesktopDock dock;
+  DesktopFileOpener fileOpener{bus};
+  DesktopFileIcons fileIcons;
   platform::port::Folders folders;
 };
 
@@ -118,6 +136,18 @@ platform::port::Broadcast* DesktopBackend::broadcast() {
 
 platform::port::Applications* DesktopBackend::applications() {
   return &parts_->applications;
+}
+
+platform::port::Dock* DesktopBackend::dock() {
+  return &parts_->dock;
+}
+
+platform::port::FileOpener* DesktopBackend::fileOpener() {
+  return &parts_->fileOpener;
+}
+
+platform::port::FileIcons* DesktopBackend::fileIcons() {
+  return &parts_->fileIcons;
 }
 
 const platform::port::Folders& DesktopBackend::folders() const {

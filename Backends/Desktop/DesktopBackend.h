@@ -30,6 +30,9 @@ class DesktopBackend final : public platform::port::Backend {
   platform::port::Clipboard& clipboard() override;
   platform::port::Broadcast* broadcast() override;
   platform::port::Applications* applications() override;
+  platform::port::Dock* dock() override;
+  platform::port::FileOpener* fileOpener() override;
+  platform::port::FileIcons* fileIcons() override;
   const platform::port::Folders& folders() const override;
 
  private:

@@ -11,6 +11,7 @@ struct Faults {
   bool moveReportedAtEnd = false;    ///< a move by the machine reports one frame, when it ends
   bool minimiseUnsupported = false;  ///< requests to minimise are ignored
   bool zoomUnsupported = false;      ///< requests to zoom are ignored
+  bool openingFails = false;         ///< no file can be opened or shown
 };
 
 }  // namespace headless

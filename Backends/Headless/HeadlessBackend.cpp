@@ -13,7 +13,11 @@ platform::port::Folders makeFolders() {
   std::string pattern = std::filesystem::temp_directory_path() / "headless-home-XXXXXX";
   if (!mkdtemp(pattern.data())) throw std::system_error(errno, std::generic_category(), pattern);
   const std::filesystem::path home = pattern;
-  return {.home = home, .config = home / ".config", .data = home / ".local/share", .cache = home / ".cache"};
+  return {.home = home,
+          .config = home / ".config",
+          .data = home / ".local/share",
+          .cache = home / ".cache",
+          .systemConfig = {home / "etc/xdg"}};
 }
 
 }  // namespace

@@ -4,6 +4,9 @@
 #include "Backends/Headless/HeadlessApplications.h"
 #include "Backends/Headless/HeadlessBroadcast.h"
 #include "Backends/Headless/HeadlessClipboard.h"
+#include "Backends/Headless/HeadlessDock.h"
+#include "Backends/Headless/HeadlessFileIcons.h"
+#include "Backends/Headless/HeadlessFileOpener.h"
 #include "Backends/Headless/HeadlessInputMethod.h"
 #include "Backends/Headless/HeadlessLoop.h"
 #include "Backends/Headless/HeadlessText.h"
@@ -16,6 +19,7 @@ namespace headless {
 
 struct HeadlessOptions {
   bool hasBroadcast = true;
+  bool hasShell = true;  ///< a dock, a file manager, an icon theme
 };
 
 /// A desktop in memory: the same every time, with a clock of its own, a user that does what a test says, and a journal
@@ -41,6 +45,9 @@ class HeadlessBackend final : public platform::port::Backend {
   HeadlessClipboard& clipboard() override { return clipboard_; }
   HeadlessBroadcast* broadcast() override { return options_.hasBroadcast ? &broadcast_ : nullptr; }
   HeadlessApplications* applications() override { return &applications_; }
+  HeadlessDock* dock() override { return options_.hasShell ? &dock_ : nullptr; }
+  HeadlessFileOpener* fileOpener() override { return options_.hasShell ? &fileOpener_ : nullptr; }
+  HeadlessFileIcons* fileIcons() override { return options_.hasShell ? &fileIcons_ : nullptr; }
   /// Empty folders of this back end alone, removed with it.
   const platform::port::Folders& folders() const override { return folders_; }
 
@@ -65,6 +72,9 @@ class HeadlessBackend final : public platform::port::Backend {
   HeadlessClipboard clipboard_{journal_, faults_};
   HeadlessBroadcast broadcast_{loop_, journal_, faults_};
   HeadlessApplications applications_{journal_};
+  HeadlessDock dock_{journal_};
+  HeadlessFileOpener fileOpener_{loop_, journal_, faults_};
+  HeadlessFileIcons fileIcons_;
   HeadlessInputMethod inputMethod_{windows_, journal_};
   HeadlessUser user_{loop_, windows_, inputMethod_};
   platform::port::Folders folders_;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Platform/AppKit/NSImage.h"
 #include "Platform/AppKit/NSRunningApplication.h"
 #include "Platform/Export.h"
 #include "Platform/Foundation/CocoaError.h"
@@ -33,6 +34,17 @@ class PLATFORM_EXPORT NSWorkspace {
   /// Starts the application bundle at `url`, or finds the process that was started from it. Returns at once;
   /// `completion` runs once, in a later turn of the main loop.
   void openApplication(const URL& url, OpenConfiguration configuration, OpenCompletion completion);
+
+  // Files (NSWorkspace+Files.cpp). A relative path is taken from the working directory. All return at once; what fails
+  // is logged.
+
+  /// Opens a file with the application that is the user's default for its type.
+  void openFile(const std::string& path);
+  /// Shows a file, selected, in the file manager.
+  void activateFileViewerSelecting(const URL& file);
+  /// The desktop's icon for a type identifier, MIME type or file name extension, 32 points square; one of our own where
+  /// the desktop has none.
+  std::shared_ptr<NSImage> iconForFileType(const std::string& type) const;
 };
 
 }  // namespace platform

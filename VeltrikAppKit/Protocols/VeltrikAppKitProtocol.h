@@ -83,7 +83,8 @@ class VeltrikAppKitProtocol {
   /// Lets the user choose the download folder; the block isn't called on cancel. To come.
   virtual void showDownloadPathSavePanel(const platform::URL& currentFolder,
                                          std::function<void(const platform::URL& folder)> completion) = 0;
-  /// The desktop's icon of a file type (an extension or a type's identifier). To come: nothing.
+  /// The desktop's icon of a file type (an extension, a type's identifier or a MIME type), 32 points square; one of the
+  /// plug-in's own where the desktop's icon theme has none.
   virtual std::optional<platform::Bitmap> fileIconForType(const std::string& type) const = 0;
 
   // System services
@@ -91,13 +92,14 @@ class VeltrikAppKitProtocol {
   /// A new item in the system's status bar; it is there as long as the host keeps the object. To come: null.
   virtual std::shared_ptr<VeltrikStatusBarItemProtocol> createStatusBarItemWithImageName(
       const std::string& imageName) = 0;
-  /// The badge on the application's dock icon; nothing clears it. To come.
+  /// The badge on the application's dock icon; nothing and an empty label clear it. Docks show a count only: a label
+  /// that isn't a whole number ("3", "99+") makes the icon ask for attention.
   virtual void setBadgeLabel(const std::optional<std::string>& label) = 0;
-  /// Opens a file with its default application. Every "file://" in the text is left out. To come.
+  /// Opens a file with its default application. Every "file://" in the text is left out.
   virtual void openFileAtPath(const std::string& path) = 0;
-  /// Shows a file, selected, in the file manager. Every "file://" in the text is left out. To come.
+  /// Shows a file, selected, in the file manager. Every "file://" in the text is left out.
   virtual void openInFinderAtPath(const std::string& path) = 0;
-  /// Starts the application at login, or no longer. To come.
+  /// Starts the application at login, or no longer.
   virtual void setAutoLaunchApp(bool enabled) = 0;
   /// Whether an application with this bundle identifier runs. To come: false.
   virtual bool isAppRunningWith(const std::string& bundleIdentifier) const = 0;
