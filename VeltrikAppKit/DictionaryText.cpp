@@ -70,6 +70,10 @@ std::string textualForm(const Dictionary& dictionary) {
   return Form()(dictionary);
 }
 
+std::string textualForm(const Value::Array& array) {
+  return Form()(array);
+}
+
 std::optional<std::string> jsonString(const Dictionary& dictionary) {
   if (!FitsJSON()(dictionary)) return std::nullopt;
   return platform::jsonText(dictionary, true);

@@ -98,6 +98,7 @@ void VeltrikAppKit::applicationDidBecomeActive() {
 void VeltrikAppKit::applicationWillTerminate() {
   if (const auto token = std::exchange(keyboardMonitor_, 0)) NSApplication::shared().removeMonitor(token);
   platform::NotificationCenter::defaultCenter().removeObserver(this);
+  terminateWebViews();
 }
 
 void VeltrikAppKit::openMainWindow() {

@@ -52,8 +52,4 @@ bool VeltrikAppKit::isAppRunningWith(const std::string&) const {
   return false;
 }
 
-void VeltrikAppKit::restartWithDownloadedUpdateFilePath(const std::string&) {
-  logUnavailable("restartWithDownloadedUpdateFilePath");
-}
-
 }  // namespace veltrik

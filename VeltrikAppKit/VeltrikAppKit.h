@@ -11,6 +11,9 @@
 
 namespace veltrik {
 
+class AppRestarter;
+struct WebViewRequest;
+
 /// The principal object. There may be several; they share the process's method exchanges, delegate, pending bindings
 /// and dock menu. Main thread.
 class VeltrikAppKit final : public VeltrikAppKitProtocol, public std::enable_shared_from_this<VeltrikAppKit> {
@@ -52,6 +55,8 @@ class VeltrikAppKit final : public VeltrikAppKitProtocol, public std::enable_sha
   void openInFinderAtPath(const std::string& path) override;
   void setAutoLaunchApp(bool enabled) override;
   bool isAppRunningWith(const std::string& bundleIdentifier) const override;
+
+  // VeltrikAppKit+Update.cpp
   void restartWithDownloadedUpdateFilePath(const std::string& path) override;
 
   // VeltrikAppKit+WebView.cpp
@@ -70,9 +75,20 @@ class VeltrikAppKit final : public VeltrikAppKitProtocol, public std::enable_sha
   void applicationDidBecomeActive();
   void openMainWindow();
   void handleWebViewFeedBack(const platform::Dictionary& userInfo);
+  void openWebView(const WebViewRequest& request);
+  void unzipWebViewApp(const platform::URL& archive, const WebViewRequest& request);
+  void launchWebViewApp(const WebViewRequest& request);
+  void webViewDidLaunch(bool success, const WebViewRequest& request);
+  void tellWebViewDownload(bool completed) const;
+  /// All companions that run.
+  static void activateWebViews();
+  static void terminateWebViews();
 
   std::weak_ptr<VeltrikAppKitDelegateProtocol> delegate_;
   platform::EventMonitorToken keyboardMonitor_ = 0;
+  std::shared_ptr<AppRestarter> appRestarter_;
+  /// 1 while the launch of the companion is being tried again.
+  int webViewOpeningRetryCount_ = 0;
 };
 
 }  // namespace veltrik

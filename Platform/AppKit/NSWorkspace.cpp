@@ -1,27 +1,9 @@
 #include "Platform/AppKit/NSWorkspace.h"
 
-#include <algorithm>
-
-#include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/DispatchQueue.h"
 #include "Platform/Foundation/Session.h"
 
 namespace platform {
-
-namespace {
-
-ApplicationProcess startedOrFound(const URL& url, const NSWorkspace::OpenConfiguration& configuration) {
-  const auto bundle = Bundle::read(url.path());
-  if (!bundle) throw CocoaError(CocoaError::Code::fileReadNoSuchFile, url.path(), "not an application bundle");
-  if (!configuration.createsNewApplicationInstance) {
-    const auto running = ApplicationProcess::all();
-    const auto found = std::ranges::find(running, bundle->path(), &ApplicationProcess::bundle);
-    if (found != running.end()) return *found;
-  }
-  return ApplicationProcess::launch(*bundle, configuration.arguments);
-}
-
-}  // namespace
 
 NSWorkspace& NSWorkspace::shared() {
   return Session::current().service<NSWorkspace>();
@@ -33,7 +15,8 @@ void NSWorkspace::openApplication(const URL& url, OpenConfiguration configuratio
     std::shared_ptr<NSRunningApplication> application;
     std::optional<CocoaError> failure;
     try {
-      application = std::make_shared<NSRunningApplication>(startedOrFound(url, configuration));
+      application = std::make_shared<NSRunningApplication>(
+          ApplicationProcess::open(url.path(), configuration.arguments, configuration.createsNewApplicationInstance));
     } catch (const CocoaError& error) {
       failure = error;
     }

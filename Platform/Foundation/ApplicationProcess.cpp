@@ -1,5 +1,6 @@
 #include "Platform/Foundation/ApplicationProcess.h"
 
+#include <poll.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,6 +16,7 @@
 #include <utility>
 
 #include "Platform/Foundation/Bundle.h"
+#include "Platform/Foundation/CocoaError.h"
 #include "Platform/Foundation/FileDescriptor.h"
 #include "Platform/Foundation/Process.h"
 
@@ -163,6 +165,13 @@ FileDescriptor handleOn(const ApplicationProcess& process) {
 
 }  // namespace
 
+void waitUntilEnded(pid_t process) {
+  const FileDescriptor handle(pidfd_open(process, 0));
+  pollfd ended{handle.get(), POLLIN, 0};
+  while (handle && poll(&ended, 1, -1) < 0 && errno == EINTR) {
+  }
+}
+
 std::vector<ApplicationProcess> ApplicationProcess::all(const filesystem::path& table) {
   return Table(table).applications();
 }
@@ -174,6 +183,18 @@ ApplicationProcess ApplicationProcess::launch(const Bundle& bundle, std::vector<
   const pid_t id = process.launchDetached();
   const auto birth = birthOf("/proc/" + std::to_string(id));
   return {id, birth ? birth->startTime : 0, bundle.path(), bundle.bundleIdentifier()};
+}
+
+ApplicationProcess ApplicationProcess::open(const filesystem::path& path, std::vector<std::string> arguments,
+                                            bool anotherInstance) {
+  const auto bundle = Bundle::read(path);
+  if (!bundle) throw CocoaError(CocoaError::Code::fileReadNoSuchFile, path, "not an application bundle");
+  if (!anotherInstance) {
+    const auto running = all();
+    const auto found = std::ranges::find(running, bundle->path(), &ApplicationProcess::bundle);
+    if (found != running.end()) return *found;
+  }
+  return launch(*bundle, std::move(arguments));
 }
 
 bool ApplicationProcess::isRunning() const {

@@ -57,6 +57,9 @@ class PLATFORM_EXPORT FileManager {
   /// The text of a symbolic link.
   std::string destinationOfSymbolicLink(const std::string& path) const;
 
+  /// Both lead to the same item, links followed.
+  bool isSameItem(const URL& first, const URL& second) const;
+
   // Making.
   /// An existing directory (or link to one) is fine; with `withIntermediateDirectories` missing parents are made as
   /// well.
@@ -85,6 +88,15 @@ class PLATFORM_EXPORT FileManager {
   /// A new, empty directory on the file system of `url`, beside it, for building its replacement; the caller removes
   /// it. In the temporary folder when there is no writing beside `url`.
   URL itemReplacementDirectory(const URL& url) const;
+
+  /// Puts each of two items in the other's place in one step. False, with nothing changed, where the file system can't.
+  bool exchangeItems(const URL& first, const URL& second) const;
+
+  // Making sure: when these return, a power cut takes back nothing of it.
+  /// Everything on the file system that holds the directory.
+  void synchronizeFileSystem(const URL& directory) const;
+  /// The names in the directory.
+  void synchronizeDirectory(const URL& directory) const;
 
   /// Permissions and modification time. Of a symbolic link only the time is set, on the link itself.
   void setAttributes(const FileAttributes& attributes, const std::string& path) const;

@@ -61,6 +61,10 @@ void ChatWindow::placeDragRegion() {
   helper->addMovableBounds(ChatLayout::of(host_.boundsOf(identifier_)).dragRegion);
 }
 
+void ChatWindow::announce(const std::string& text) {
+  chat_.append({.author = "Mirelo", .text = text, .sentAt = wallClock()});
+}
+
 void ChatWindow::send() {
   const HelperPointer helper = host_.helperOf(identifier_);
   const auto input = helper ? helper->textInputView() : nullptr;

@@ -20,6 +20,8 @@ class ChatWindow {
 
   /// Binds, makes and shows the window; `frame` in screen points.
   void open(const platform::Rect& frame);
+  /// A message of the messenger itself.
+  void announce(const std::string& text);
   const ChatModel& chat() const { return chat_; }
   /// Takes the composer's text into the conversation; text that is blank stays where it is.
   void send();

@@ -11,7 +11,7 @@ namespace {
 
 void chooseMode(Options& options, Mode mode) {
   if (options.mode != Mode::messenger && options.mode != mode)
-    throw std::runtime_error("only one of --tour and --console can be asked for");
+    throw std::runtime_error("only one of --tour, --console and --make-update can be asked for");
   options.mode = mode;
 }
 
@@ -35,6 +35,12 @@ Options Options::parse(std::span<char* const> arguments) {
       chooseMode(options, Mode::tour);
     } else if (argument == "--console") {
       chooseMode(options, Mode::console);
+    } else if (argument == "--update") {
+      options.update = value();
+    } else if (argument == "--make-update") {
+      chooseMode(options, Mode::makeUpdate);
+      options.version = value();
+      options.archive = value();
     } else if (argument == "--say-painted") {
       options.saysPainted = true;
     } else if (argument == "--help") {
@@ -48,8 +54,8 @@ Options Options::parse(std::span<char* const> arguments) {
 }
 
 const char* Options::usage() {
-  return "mirelo-host [--backend desktop|headless] [--bundle FOLDER] [--tour [--out FOLDER] | --console | "
-         "--say-painted]\n"
+  return "mirelo-host [--backend desktop|headless] [--bundle FOLDER] [--tour [--out FOLDER] | --console |\n"
+         "            --make-update VERSION ARCHIVE | [--say-painted] [--update ARCHIVE]]\n"
          "\n"
          "Without --tour or --console it opens a messenger window and runs until it is closed.\n"
          "  --backend NAME   the machine to run on; without it the desktop, when its display can be reached\n"
@@ -57,6 +63,9 @@ const char* Options::usage() {
          "  --tour           drives itself through the plug-in and prints what was expected and seen\n"
          "  --out FOLDER     where the tour also writes transcript.txt and, on a desktop, pictures\n"
          "  --say-painted    prints \"painted\" when the messenger's window shows its first picture\n"
+         "  --update ARCHIVE installs the update when the window stands, ends, and comes back as the new version\n"
+         "  --make-update VERSION ARCHIVE\n"
+         "                   packs this application, as an update to that version, with its relauncher\n"
          "  --console        is driven by JSON lines on standard input (docs/console.md)\n";
 }
 

@@ -7,7 +7,7 @@
 
 namespace samplehost {
 
-enum class Mode { messenger, tour, console, help };
+enum class Mode { messenger, tour, console, makeUpdate, help };
 
 /// What the command line asks for.
 struct Options {
@@ -16,6 +16,12 @@ struct Options {
   std::optional<std::filesystem::path> bundle;
   /// Where the tour writes its transcript and pictures; nothing: the transcript to standard output only.
   std::optional<std::filesystem::path> out;
+
+  /// The update that the messenger installs as soon as it stands; an absolute path or a file URL.
+  std::optional<std::string> update;
+  /// For `makeUpdate`: the version that the update has, and the archive to make.
+  std::string version;
+  std::filesystem::path archive;
 
   /// Whether the messenger says on standard output that its window has been painted, for measuring.
   bool saysPainted = false;

@@ -9,6 +9,7 @@
 
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSScreen.h"
+#include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/Session.h"
 #include "Programs/SampleHost/ChatWindow.h"
 #include "Programs/SampleHost/Console.h"
@@ -17,6 +18,7 @@
 #include "Programs/SampleHost/Options.h"
 #include "Programs/SampleHost/PluginBundle.h"
 #include "Programs/SampleHost/Tour.h"
+#include "Programs/SampleHost/Update.h"
 
 namespace samplehost {
 
@@ -34,6 +36,9 @@ int runMessenger(Host& host, const Options& options) {
   host.launch();
   ChatWindow chat(host, "main");
   chat.open(centredFrame({460, 640}));
+  if (const std::string version = versionOf(*platform::Bundle::main()); !version.empty())
+    chat.announce("Mirelo " + version);
+  if (options.update) installUpdate(host, *options.update);
   if (options.saysPainted) {
     host.layer().hostView("main")->setFirstDrawn([] {
       std::puts("painted");
@@ -73,6 +78,10 @@ int runConsole(Host& host, Machine& machine) {
 int run(const Options& options) {
   if (options.mode == Mode::help) {
     std::fputs(Options::usage(), stdout);
+    return EXIT_SUCCESS;
+  }
+  if (options.mode == Mode::makeUpdate) {
+    makeUpdate(options.version, options.archive);
     return EXIT_SUCCESS;
   }
   Machine machine = makeMachine(options.backend);

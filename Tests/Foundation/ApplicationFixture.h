@@ -8,11 +8,13 @@
 #include <string>
 #include <string_view>
 
-/// A new, empty folder that goes away with everything in it.
+/// A new, empty folder, in memory where there is such a place; it goes away with everything in it.
 class ScratchFolder {
  public:
   ScratchFolder() {
-    std::string name = std::filesystem::canonical(std::filesystem::temp_directory_path()) / "veltrik-XXXXXX";
+    const std::filesystem::path memory = "/dev/shm";
+    const auto parent = std::filesystem::exists(memory) ? memory : std::filesystem::temp_directory_path();
+    std::string name = std::filesystem::canonical(parent) / "veltrik-XXXXXX";
     if (::mkdtemp(name.data()) == nullptr) throw std::filesystem::filesystem_error(name, std::error_code());
     path_ = name;
   }

@@ -17,8 +17,8 @@ class Refused(Exception):
 
 
 class Console:
-    def __init__(self, backend, environment=None):
-        self.process = subprocess.Popen([HOST, "--backend", backend, "--console"], stdin=subprocess.PIPE,
+    def __init__(self, backend, environment=None, host=HOST):
+        self.process = subprocess.Popen([host, "--backend", backend, "--console"], stdin=subprocess.PIPE,
                                         stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                                         env={**os.environ, **(environment or {})})
         self.lines = queue.Queue()

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <set>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -46,41 +47,66 @@ std::vector<long> joined(std::vector<long> first, const std::vector<long>& secon
   return first;
 }
 
+/// Whether a stopped process is about to make its call, or has made it.
+bool isEntering(pid_t process) {
+  __ptrace_syscall_info info{};
+  ptrace(PTRACE_GET_SYSCALL_INFO, process, reinterpret_cast<void*>(sizeof info), &info);
+  return info.op == PTRACE_SYSCALL_INFO_ENTRY;
+}
+
 class Stepper {
  public:
   Stepper(pid_t child, const Injection& injection) : child_(child), injection_(injection) {}
 
   Outcome run() {
-    waitpid(child_, &status_, 0);
-    if (!WIFSTOPPED(status_)) throw std::runtime_error("the child can't be traced");
-    ptrace(PTRACE_SETOPTIONS, child_, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
-    for (int signal = 0; proceed(signal);) {
-      signal = 0;
-      if (WSTOPSIG(status_) != (SIGTRAP | 0x80)) {
-        signal = WSTOPSIG(status_);
-      } else if (inCall_) {
-        leaveCall();
-      } else if (!enterCall()) {
-        break;
-      }
+    int status = 0;
+    waitpid(child_, &status, 0);
+    if (!WIFSTOPPED(status)) throw std::runtime_error("the child can't be traced");
+    constexpr long kFollow = PTRACE_O_TRACEFORK | PTRACE_O_TRACEVFORK | PTRACE_O_TRACECLONE;
+    ptrace(PTRACE_SETOPTIONS, child_, nullptr,
+           PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL | PTRACE_O_TRACEEXEC | (injection_.wholeTree ? kFollow : 0));
+    stepped_ = {child_};
+    proceed(child_, 0);
+    while (!stepped_.empty()) {
+      const pid_t process = waitpid(injection_.wholeTree ? -1 : child_, &status, __WALL);
+      if (process < 0) break;
+      if (WIFSTOPPED(status))
+        stopped(process, status);
+      else
+        ended(process, status);
     }
-    if (WIFEXITED(status_)) outcome_.exitStatus = WEXITSTATUS(status_);
     return outcome_;
   }
 
  private:
-  /// Lets the child run to its next stop; false when it has ended.
-  bool proceed(int signal) {
-    ptrace(PTRACE_SYSCALL, child_, nullptr, static_cast<long>(signal));
-    waitpid(child_, &status_, 0);
-    return WIFSTOPPED(status_);
+  static void proceed(pid_t process, int signal) {
+    ptrace(PTRACE_SYSCALL, process, nullptr, static_cast<long>(signal));
   }
 
-  /// False when the child was killed.
-  bool enterCall() {
-    inCall_ = true;
+  void ended(pid_t process, int status) {
+    stepped_.erase(process);
+    if (process == child_ && WIFEXITED(status)) outcome_.exitStatus = WEXITSTATUS(status);
+  }
+
+  void stopped(pid_t process, int status) {
+    const bool isNew = stepped_.insert(process).second;
+    const int signal = WSTOPSIG(status);
+    const bool isEvent = status >> 16 != 0;
+    if (signal == (SIGTRAP | 0x80)) {
+      if (!isEntering(process))
+        leaveCall(process);
+      else if (!enterCall(process))
+        return;
+      proceed(process, 0);
+    } else {
+      proceed(process, isEvent || isNew ? 0 : signal);
+    }
+  }
+
+  /// False when all was killed.
+  bool enterCall(pid_t process) {
     user_regs_struct registers{};
-    ptrace(PTRACE_GETREGS, child_, nullptr, &registers);
+    ptrace(PTRACE_GETREGS, process, nullptr, &registers);
     const auto number = static_cast<long>(registers.orig_rax);
     if (!counts(number)) return true;
     ++outcome_.calls;
@@ -88,25 +114,22 @@ class Stepper {
     if (!hit || injection_.kind == Injection::Kind::none) return true;
     if (!outcome_.hitCall) outcome_.hitCall = number;
     if (injection_.kind == Injection::Kind::kill) {
-      kill(child_, SIGKILL);
-      waitpid(child_, &status_, 0);
+      for (const pid_t each : stepped_) kill(each, SIGKILL);
       return false;
     }
     // An unknown call does nothing; its result is replaced when it returns.
     registers.orig_rax = static_cast<unsigned long long>(-1);
-    ptrace(PTRACE_SETREGS, child_, nullptr, &registers);
-    replaceResult_ = true;
+    ptrace(PTRACE_SETREGS, process, nullptr, &registers);
+    replaced_.insert(process);
     return true;
   }
 
-  void leaveCall() {
-    inCall_ = false;
-    if (!replaceResult_) return;
-    replaceResult_ = false;
+  void leaveCall(pid_t process) {
+    if (replaced_.erase(process) == 0) return;
     user_regs_struct registers{};
-    ptrace(PTRACE_GETREGS, child_, nullptr, &registers);
+    ptrace(PTRACE_GETREGS, process, nullptr, &registers);
     registers.rax = static_cast<unsigned long long>(-injection_.error);
-    ptrace(PTRACE_SETREGS, child_, nullptr, &registers);
+    ptrace(PTRACE_SETREGS, process, nullptr, &registers);
   }
 
   bool counts(long number) const {
@@ -117,9 +140,8 @@ class Stepper {
   pid_t child_;
   const Injection& injection_;
   Outcome outcome_;
-  int status_ = 0;
-  bool inCall_ = false;
-  bool replaceResult_ = false;
+  std::set<pid_t> stepped_;
+  std::set<pid_t> replaced_;  ///< their call was left out and its result is to be replaced
 };
 
 }  // namespace

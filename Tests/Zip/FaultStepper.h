@@ -17,6 +17,7 @@ struct Injection {
   int error = 0;                   ///< errno value of an injected error
   bool fromThenOn = false;         ///< also every later call that counts
   std::vector<long> counted = {};  ///< system call numbers that count; empty: all of them
+  bool wholeTree = false;          ///< also what the child starts is stepped, counted and killed
 };
 
 /// How a stepped process ended.
@@ -29,7 +30,8 @@ struct Outcome {
 };
 
 /// Runs `body` in a forked child under ptrace and applies the injection. A killed call never takes effect, nor does
-/// a failed one. The child ends with the body's result, or with 99 when an exception leaves it.
+/// a failed one. The child ends with the body's result, or with 99 when an exception leaves it. Returns when all that
+/// is stepped has ended.
 Outcome runStepped(const Injection& injection, const std::function<int()>& body);
 
 /// Whether this machine can step and change system calls (x86-64 with ptrace allowed).

@@ -36,7 +36,7 @@ class VeltrikAppKitDelegateProtocol {
 
   /// Feedback of the web-view companion as pretty-printed JSON text; nothing when it carried none that JSON can hold.
   virtual void handleWebViewFeedBackWithUserInfo(const std::optional<std::string>& json) = 0;
-  /// Whether the companion could be had and started. To come: not called yet.
+  /// Whether the companion could be had; its start is then under way.
   virtual void webViewDownloadCompletedWithResult(bool result) = 0;
 };
 

@@ -103,14 +103,14 @@ class VeltrikAppKitProtocol {
   virtual void setAutoLaunchApp(bool enabled) = 0;
   /// Whether an application with this bundle identifier runs. To come: false.
   virtual bool isAppRunningWith(const std::string& bundleIdentifier) const = 0;
-  /// Installs a downloaded update and starts the relauncher; the host quits by itself. To come.
+  /// Installs a downloaded update and starts the relauncher; the host quits by itself.
   virtual void restartWithDownloadedUpdateFilePath(const std::string& path) = 0;
 
   // Web-view companion
 
-  /// Whether the companion application runs. To come: false.
+  /// Whether the companion application runs.
   virtual bool hasActiveWebView() const = 0;
-  /// Starts the companion application on a page; the delegate hears `webViewDownloadCompletedWithResult`. To come.
+  /// Starts the companion application on a page; the delegate hears `webViewDownloadCompletedWithResult`.
   virtual void openWebViewWithUrl(const std::string& url, const std::optional<std::string>& customHeader,
                                   const std::optional<std::string>& customUserAgent,
                                   const platform::Dictionary& options) = 0;

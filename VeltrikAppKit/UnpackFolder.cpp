@@ -1,0 +1,65 @@
+#include "VeltrikAppKit/UnpackFolder.h"
+
+#include <algorithm>
+#include <set>
+#include <string_view>
+#include <vector>
+
+#include "Platform/Foundation/CocoaError.h"
+#include "Platform/Foundation/FileManager.h"
+#include "VeltrikAppKit/Archive.h"
+#include "VeltrikAppKit/FileManager+ZIP.h"
+
+namespace veltrik {
+
+using platform::URL;
+
+namespace {
+
+/// The names in the archive's topmost folder that end in ".app"; none when it can't be read, which is for the tool to
+/// find out.
+std::set<std::string> applicationNames(const URL& archiveURL) {
+  std::set<std::string> names;
+  const auto archive = Archive::open(archiveURL);
+  if (!archive) return names;
+  for (const Entry& entry : *archive) {
+    const std::string path = entry.path();
+    const std::string name = path.substr(0, path.find('/'));
+    if (name.ends_with(".app")) names.insert(name);
+  }
+  return names;
+}
+
+}  // namespace
+
+bool UnpackFolder::clearFor(const URL& installed) const {
+  const platform::FileManager files;
+  const URL folder = archive_.deletingLastPathComponent();
+  std::vector<URL> earlier;
+  for (const std::string& name : applicationNames(archive_)) {
+    const URL item = folder.appendingPathComponent(name);
+    if (files.isSameItem(item, installed) || isContained(installed, item)) return false;
+    if (files.isReachableItem(item)) earlier.push_back(item);
+  }
+  try {
+    for (const URL& item : earlier) files.removeItem(item);
+  } catch (const platform::CocoaError&) {
+    return false;
+  }
+  return true;
+}
+
+std::string UnpackFolder::archiveArgument() const {
+  constexpr std::string_view kPattern = "*?[\\";
+  std::string path = archive_.deletingLastPathComponent().path();
+  if (!path.ends_with('/')) path.push_back('/');
+  for (const char c : archive_.lastPathComponent()) {
+    if (kPattern.find(c) == std::string_view::npos)
+      path.push_back(c);
+    else
+      path.append(c == '\\' ? "[\\\\]" : std::string{'[', c, ']'});
+  }
+  return path;
+}
+
+}  // namespace veltrik
