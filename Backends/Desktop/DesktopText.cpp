@@ -19,11 +19,17 @@ namespace {
 constexpr char16_t kEllipsis = u'…';
 constexpr double kUnlimited = 1e6;  // the toolkit's widths end a little above
 
-/// The interface font, with gothic faces for Hangul before whatever the system would pick.
+/// The interface font, with gothic faces for Hangul before whatever the system would pick. Glyphs keep their outlines:
+/// text is as wide at every scale of the screen, and fitting each glyph to the pixels costs more than all else that is
+/// drawn.
 QFont interfaceFont(const platform::Font& font) {
   static const QFont base = [] {
     QFont general = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    general.setFamilies({general.family(), QStringLiteral("Noto Sans CJK KR"), QStringLiteral("NanumGothic")});
+    QStringList families{general.family()};
+    for (const auto& gothic : {QStringLiteral("Noto Sans CJK KR"), QStringLiteral("NanumGothic")})
+      if (QFontDatabase::hasFamily(gothic)) families.append(gothic);
+    general.setFamilies(families);
+    general.setHintingPreference(QFont::PreferNoHinting);
     return general;
   }();
   QFont result = base;

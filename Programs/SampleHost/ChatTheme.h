@@ -23,9 +23,9 @@ inline constexpr platform::Color kFieldBorder = rgb(0xCDD2DC);
 
 inline constexpr platform::Color kAvatars[] = {rgb(0xB4522C), rgb(0x1E7A63), rgb(0x8A4FBF), rgb(0x2F6DB0)};
 
-inline constexpr platform::Font kTitleFont{14, true};
-inline constexpr platform::Font kNameFont{11.5, true};
-inline constexpr platform::Font kMessageFont{13.5, false};
+inline constexpr platform::Font kTitleFont{13, true};
+inline constexpr platform::Font kNameFont{13, true};
+inline constexpr platform::Font kMessageFont{13, false};
 inline constexpr platform::Font kSmallFont{11, false};
 
 }  // namespace samplehost::theme
