@@ -85,11 +85,11 @@ class Console:
         return [line["event"] for line in self.take() if "event" in line and source in (None, line["from"])]
 
     def until(self, condition, what):
-        """Asks again and again until the condition holds; its value."""
+        """Asks again and again until the condition holds; its value. `what` may be a function that says it at the end."""
         deadline = time.monotonic() + LIMIT
         while not (value := condition()):
             if time.monotonic() > deadline:
-                raise AssertionError(f"not in time: {what}")
+                raise AssertionError(f"not in time: {what() if callable(what) else what}")
         return value
 
 
