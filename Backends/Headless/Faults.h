@@ -12,6 +12,7 @@ struct Faults {
   bool minimiseUnsupported = false;  ///< requests to minimise are ignored
   bool zoomUnsupported = false;      ///< requests to zoom are ignored
   bool openingFails = false;         ///< no file can be opened or shown
+  bool idleTimeUnreadable = false;   ///< nobody tells how long the user was away
 };
 
 }  // namespace headless

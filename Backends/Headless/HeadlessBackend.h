@@ -9,6 +9,7 @@
 #include "Backends/Headless/HeadlessFileOpener.h"
 #include "Backends/Headless/HeadlessInputMethod.h"
 #include "Backends/Headless/HeadlessLoop.h"
+#include "Backends/Headless/HeadlessPresence.h"
 #include "Backends/Headless/HeadlessText.h"
 #include "Backends/Headless/HeadlessUser.h"
 #include "Backends/Headless/HeadlessWindowHost.h"
@@ -48,6 +49,7 @@ class HeadlessBackend final : public platform::port::Backend {
   HeadlessDock* dock() override { return options_.hasShell ? &dock_ : nullptr; }
   HeadlessFileOpener* fileOpener() override { return options_.hasShell ? &fileOpener_ : nullptr; }
   HeadlessFileIcons* fileIcons() override { return options_.hasShell ? &fileIcons_ : nullptr; }
+  HeadlessPresence* presence() override { return &presence_; }
   /// Empty folders of this back end alone, removed with it.
   const platform::port::Folders& folders() const override { return folders_; }
 
@@ -75,8 +77,9 @@ class HeadlessBackend final : public platform::port::Backend {
   HeadlessDock dock_{journal_};
   HeadlessFileOpener fileOpener_{loop_, journal_, faults_};
   HeadlessFileIcons fileIcons_;
+  HeadlessPresence presence_{loop_, faults_};
   HeadlessInputMethod inputMethod_{windows_, journal_};
-  HeadlessUser user_{loop_, windows_, inputMethod_};
+  HeadlessUser user_{loop_, windows_, inputMethod_, presence_};
   platform::port::Folders folders_;
 };
 

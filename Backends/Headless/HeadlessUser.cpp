@@ -120,6 +120,7 @@ void HeadlessUser::drag(Point from, Point to, int steps) {
 
 void HeadlessUser::wheel(Point at, double deltaX, double deltaY) {
   act([=, this] {
+    presence_.userActs();
     windows_.movePointer(at);
     if (HeadlessSurface* const surface = windows_.surfaceAt(at))
       surface->sink().surfaceWheel(
@@ -170,6 +171,7 @@ void HeadlessUser::type(std::string_view utf8) {
 }
 
 void HeadlessUser::deliverMove(Point location) {
+  presence_.userActs();
   windows_.movePointer(location);
   if (windows_.moving_) return;
   HeadlessSurface* const target = windows_.grab_ ? windows_.grab_ : windows_.surfaceAt(location);
@@ -180,6 +182,7 @@ void HeadlessUser::deliverMove(Point location) {
 }
 
 void HeadlessUser::deliverPress(Button button) {
+  presence_.userActs();
   ++buttonsDown_;
   if (button == Button::left) windows_.leftButtonDown_ = true;
   if (!windows_.grab_) {
@@ -190,6 +193,7 @@ void HeadlessUser::deliverPress(Button button) {
 }
 
 void HeadlessUser::deliverRelease(Button button) {
+  presence_.userActs();
   buttonsDown_ = std::max(0, buttonsDown_ - 1);
   if (button == Button::left) windows_.leftButtonDown_ = false;
   HeadlessSurface* const moved = button == Button::left ? std::exchange(windows_.moving_, nullptr) : nullptr;
@@ -209,6 +213,7 @@ void HeadlessUser::deliverPointer(HeadlessSurface& to, PointerAction action) {
 }
 
 void HeadlessUser::deliverKey(KeyInput input) {
+  presence_.userActs();
   input.time = loop_.now();
   HeadlessSurface* const surface = windows_.active();
   if (!surface || surface->sink().surfaceKey(input) != KeyDisposition::inputMethod) return;

@@ -6,6 +6,7 @@
 
 #include "Backends/Headless/HeadlessInputMethod.h"
 #include "Backends/Headless/HeadlessLoop.h"
+#include "Backends/Headless/HeadlessPresence.h"
 #include "Backends/Headless/HeadlessWindowHost.h"
 #include "Platform/Port/WindowHost.h"
 
@@ -21,8 +22,9 @@ enum class Button { left, right, other };
 ///     user.together([&] { user.press(a); user.moveTo(b); user.then([&] { EXPECT_EQ(…); }); user.release(); });
 class HeadlessUser {
  public:
-  HeadlessUser(HeadlessLoop& loop, HeadlessWindowHost& windows, HeadlessInputMethod& inputMethod)
-      : loop_(loop), windows_(windows), inputMethod_(inputMethod) {}
+  HeadlessUser(HeadlessLoop& loop, HeadlessWindowHost& windows, HeadlessInputMethod& inputMethod,
+               HeadlessPresence& presence)
+      : loop_(loop), windows_(windows), inputMethod_(inputMethod), presence_(presence) {}
 
   // The pointer; screen points, bottom-left origin.
   void moveTo(platform::Point location);
@@ -62,6 +64,7 @@ class HeadlessUser {
   HeadlessLoop& loop_;
   HeadlessWindowHost& windows_;
   HeadlessInputMethod& inputMethod_;
+  HeadlessPresence& presence_;
   std::uint64_t held_ = 0;
   int buttonsDown_ = 0;
   bool queueing_ = false;

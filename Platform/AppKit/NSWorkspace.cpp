@@ -9,6 +9,17 @@ NSWorkspace& NSWorkspace::shared() {
   return Session::current().service<NSWorkspace>();
 }
 
+NSWorkspace::NSWorkspace() {
+  if (auto* presence = Session::current().backend().presence())
+    presence->setScreensAsleepChanged([this](bool asleep) {
+      notificationCenter_.post({asleep ? kWorkspaceScreensDidSleep : kWorkspaceScreensDidWake, this, {}});
+    });
+}
+
+NSWorkspace::~NSWorkspace() {
+  if (auto* presence = Session::current().backend().presence()) presence->setScreensAsleepChanged(nullptr);
+}
+
 void NSWorkspace::openApplication(const URL& url, OpenConfiguration configuration, OpenCompletion completion) {
   requireMainThread("NSWorkspace::openApplication");
   DispatchQueue::global().async([url, configuration = std::move(configuration), completion = std::move(completion)] {

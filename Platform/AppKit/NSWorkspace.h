@@ -10,14 +10,26 @@
 #include "Platform/AppKit/NSRunningApplication.h"
 #include "Platform/Export.h"
 #include "Platform/Foundation/CocoaError.h"
+#include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/Foundation/URL.h"
 
 namespace platform {
+
+/// Posted on the workspace's own notification centre with the workspace as object.
+inline constexpr const char* kWorkspaceScreensDidSleep = "NSWorkspaceScreensDidSleepNotification";
+inline constexpr const char* kWorkspaceScreensDidWake = "NSWorkspaceScreensDidWakeNotification";
 
 /// What the desktop around the application does for it. Main thread.
 class PLATFORM_EXPORT NSWorkspace {
  public:
   static NSWorkspace& shared();
+  NSWorkspace();
+  ~NSWorkspace();
+  NSWorkspace(const NSWorkspace&) = delete;
+  NSWorkspace& operator=(const NSWorkspace&) = delete;
+
+  /// What happens to the desktop is posted here and nowhere else.
+  NotificationCenter& notificationCenter() { return notificationCenter_; }
 
   struct OpenConfiguration {
     /// Whether the user may be asked for leave. Nobody asks here.
@@ -45,6 +57,9 @@ class PLATFORM_EXPORT NSWorkspace {
   /// The desktop's icon for a type identifier, MIME type or file name extension, 32 points square; one of our own where
   /// the desktop has none.
   std::shared_ptr<NSImage> iconForFileType(const std::string& type) const;
+
+ private:
+  NotificationCenter notificationCenter_;
 };
 
 }  // namespace platform

@@ -10,6 +10,7 @@
 #include "Platform/Port/FileIcons.h"
 #include "Platform/Port/FileOpener.h"
 #include "Platform/Port/LoopDriver.h"
+#include "Platform/Port/Presence.h"
 #include "Platform/Port/Text.h"
 #include "Platform/Port/WindowHost.h"
 
@@ -38,6 +39,7 @@ class Backend {
   virtual Dock* dock() { return nullptr; }
   virtual FileOpener* fileOpener() { return nullptr; }
   virtual FileIcons* fileIcons() { return nullptr; }
+  virtual Presence* presence() { return nullptr; }
   virtual const Folders& folders() const = 0;
 };
 
