@@ -43,7 +43,22 @@ std::shared_ptr<NSWindow> NSApplication::mainWindow() const {
 }
 
 std::shared_ptr<NSWindow> NSApplication::modalWindow() const {
+  for (auto each = modal_.rbegin(); each != modal_.rend(); ++each)
+    if (auto window = each->lock(); window && !window->isClosed()) return window;
   return nullptr;
+}
+
+void NSApplication::beginModalSession(const std::shared_ptr<NSWindow>& window) {
+  requireMainThread("NSApplication::beginModalSession");
+  modal_.push_back(window);
+  window->makeKeyAndOrderFront(nullptr);
+}
+
+void NSApplication::endModalSession(const NSWindow& window) {
+  std::erase_if(modal_, [&](const auto& each) {
+    const auto modal = each.lock();
+    return !modal || modal.get() == &window;
+  });
 }
 
 void NSApplication::removeFromOrder(NSWindow& window) {

@@ -67,6 +67,10 @@ class PLATFORM_EXPORT NSApplication {
   std::shared_ptr<NSWindow> mainWindow() const;
   /// The window of the innermost modal session; null when there is none.
   std::shared_ptr<NSWindow> modalWindow() const;
+  /// Shows the window, makes it key, and keeps keys and pointer from all others but its children until the session ends
+  /// or the window is closed. Sessions nest.
+  void beginModalSession(const std::shared_ptr<NSWindow>& window);
+  void endModalSession(const NSWindow& window);
 
   bool isActive() const { return active_; }
   /// Brings the application to the front by activating its front-most window.
@@ -146,6 +150,7 @@ class PLATFORM_EXPORT NSApplication {
   std::unordered_map<std::int64_t, std::shared_ptr<NSWindow>> windows_;
   std::int64_t lastWindowNumber_ = 0;
   std::vector<NSWindow*> ordered_;
+  std::vector<std::weak_ptr<NSWindow>> modal_;  ///< the innermost last
   std::vector<std::weak_ptr<NSWindow>> layoutNeeded_;
   bool allowsAutomaticWindowTabbing_ = true;
 

@@ -53,7 +53,7 @@ inline constexpr std::uint64_t kDeviceIndependentMask = 0xFFFF0000;
 /// Virtual key codes (by place on the keyboard, not by letter).
 namespace KeyCode {
 inline constexpr std::uint16_t kA = 0, kC = 8, kV = 9, kX = 7, kY = 16, kZ = 6;
-inline constexpr std::uint16_t kReturn = 36, kTab = 48, kSpace = 49, kBackspace = 51, kEscape = 53;
+inline constexpr std::uint16_t kReturn = 36, kTab = 48, kSpace = 49, kGrave = 50, kBackspace = 51, kEscape = 53;
 inline constexpr std::uint16_t kKeypadEnter = 76, kHome = 115, kPageUp = 116, kForwardDelete = 117, kEnd = 119;
 inline constexpr std::uint16_t kPageDown = 121, kLeftArrow = 123, kRightArrow = 124, kDownArrow = 125, kUpArrow = 126;
 }  // namespace KeyCode

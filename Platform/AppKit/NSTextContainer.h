@@ -10,6 +10,7 @@ enum class LineBreakMode { byWordWrapping = 0, byCharWrapping = 1, byClipping = 
 struct NSTextContainer {
   Size containerSize{0, 0};
   bool widthTracksTextView = false;
+  double lineFragmentPadding = 5;  ///< between the container's sides and the lines
   LineBreakMode lineBreakMode = LineBreakMode::byWordWrapping;
 };
 

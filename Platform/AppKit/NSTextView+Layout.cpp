@@ -8,7 +8,6 @@
 namespace platform {
 namespace {
 
-constexpr double kLinePadding = 5;  ///< between the container's sides and the lines
 constexpr double kCaretWidth = 1;
 constexpr double kUnlimitedWidth = 1e6;
 constexpr Color kSelectionColor{0.70, 0.84, 1.0, 1};
@@ -33,7 +32,7 @@ void NSTextView::setMaxSize(Size size) {
 
 double NSTextView::lineWidth() const {
   const double container = container_.widthTracksTextView ? frame().width : container_.containerSize.width;
-  return std::min(container, kUnlimitedWidth + 2 * kLinePadding) - 2 * kLinePadding;
+  return std::min(container, kUnlimitedWidth + 2 * container_.lineFragmentPadding) - 2 * container_.lineFragmentPadding;
 }
 
 bool NSTextView::layOutLines() const {
@@ -57,7 +56,8 @@ void NSTextView::sizeToFit() {
   Rect fitting = frame();
   if (verticallyResizable_) fitting.height = within(used.height, minSize_.height, maxSize_.height);
   if (horizontallyResizable_)
-    fitting.width = within(used.width + 2 * kLinePadding + kCaretWidth, minSize_.width, maxSize_.width);
+    fitting.width =
+        within(used.width + 2 * container_.lineFragmentPadding + kCaretWidth, minSize_.width, maxSize_.width);
   if (fitting != frame()) setFrame(fitting);
 }
 
@@ -79,7 +79,7 @@ void NSTextView::textChanged() {
 
 NSTextView::Caret NSTextView::caretAt(Point point) const {
   if (!layOutLines()) return {};
-  return lines_.caretAt({point.x - kLinePadding, point.y});
+  return lines_.caretAt({point.x - container_.lineFragmentPadding, point.y});
 }
 
 std::uint64_t NSTextView::characterIndexAt(Point point) const {
@@ -89,7 +89,7 @@ std::uint64_t NSTextView::characterIndexAt(Point point) const {
 Rect NSTextView::caretRect() const {
   if (!layOutLines()) return {};
   const Rect line = lines_.caretRect(head_);
-  return {line.x + kLinePadding, line.y, kCaretWidth, line.height};
+  return {line.x + container_.lineFragmentPadding, line.y, kCaretWidth, line.height};
 }
 
 Rect NSTextView::rectForRange(NSRange range) const {
@@ -98,14 +98,14 @@ Rect NSTextView::rectForRange(NSRange range) const {
   const auto rects = lines_.rectsFor(range);
   if (rects.empty()) {
     const Rect line = lines_.caretRect({range.location, false});
-    return {line.x + kLinePadding, line.y, kCaretWidth, line.height};
+    return {line.x + container_.lineFragmentPadding, line.y, kCaretWidth, line.height};
   }
   Rect all = rects.front();
   for (const Rect& rect : rects) {
     const double left = std::min(all.x, rect.x);
     all = {left, all.y, std::max(all.maxX(), rect.maxX()) - left, rect.maxY() - all.y};
   }
-  return all.offsetBy({kLinePadding, 0});
+  return all.offsetBy({container_.lineFragmentPadding, 0});
 }
 
 void NSTextView::scrollRangeToVisible(NSRange range) {
@@ -119,7 +119,7 @@ void NSTextView::draw(port::Canvas& canvas) {
   if (drawsBackground_) canvas.fill({{0, 0}, frame().size()}, backgroundColor_, 0);
   if (!layOutLines()) return;
   drawSelection(canvas);
-  lines_.draw(canvas, visibleRect(), {kLinePadding, 0});
+  lines_.draw(canvas, visibleRect(), {container_.lineFragmentPadding, 0});
   if (isCaretVisible() && selection_.length == 0) canvas.fill(caretRect(), textColor_, 0);
 }
 
@@ -128,7 +128,7 @@ void NSTextView::drawSelection(port::Canvas& canvas) const {
   const Rect visible = visibleRect();
   const Color& color = caretTimer_ ? kSelectionColor : kInactiveSelectionColor;
   for (const Rect& rect : lines_.rectsFor(selection_)) {
-    const Rect placed = rect.offsetBy({kLinePadding, 0});
+    const Rect placed = rect.offsetBy({container_.lineFragmentPadding, 0});
     if (!placed.intersection(visible).isEmpty()) canvas.fill(placed, color, 0);
   }
 }

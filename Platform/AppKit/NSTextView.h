@@ -143,7 +143,8 @@ class PLATFORM_EXPORT NSTextView : public NSText, public NSTextInputClient {
   bool isCaretVisible() const { return caretTimer_ != nullptr && caretOn_; }
   /// How many paragraphs were laid out so far; a measure of what an edit costs.
   std::uint64_t paragraphsLaidOut() const { return lines_.paragraphsLaidOut(); }
-  void scrollRangeToVisible(NSRange range);
+  /// Base: in the scroll view around the view, if there is one.
+  virtual void scrollRangeToVisible(NSRange range);
   void draw(port::Canvas& canvas) override;
   void layout() override;
 

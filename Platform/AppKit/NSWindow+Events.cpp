@@ -62,13 +62,16 @@ bool NSWindow::makeFirstResponder(const std::shared_ptr<NSResponder>& responder)
   if (present == wanted) return true;
   if (present) {
     if (!present->resignFirstResponder()) return false;
-    if (firstResponder_.lock() != present) return firstResponder_.lock() == wanted;  // it chose another one itself
+    const auto chosen = firstResponder_.lock();
+    if (chosen && chosen != present) return chosen == wanted;  // it chose another one itself
     firstResponder_.reset();
   }
   const auto* view = dynamic_cast<const NSView*>(wanted.get());
   const bool belongsHere = !view || view->window() == this;
   const bool taken = !wanted || (belongsHere && wanted->acceptsFirstResponder() && wanted->becomeFirstResponder());
-  if (taken && wanted && !(view && view->window() != this)) firstResponder_ = wanted;
+  // One that was asked may have handed the focus on, as a text field does to its editor.
+  const bool handedOn = !firstResponder_.expired();
+  if (taken && wanted && !handedOn && !(view && view->window() != this)) firstResponder_ = wanted;
   textInputChanged(true);
   return taken;
 }
@@ -79,6 +82,8 @@ void NSWindow::viewLeaves(const NSView& view) {
   if (!focused || !focused->isDescendantOf(view)) return;
   firstResponder_.reset();
   textInputChanged(true);
+  // One that is taken out learns of it by that; one that is hidden doesn't, and has no say in it.
+  if (view.isHidden()) responder->resignFirstResponder();
 }
 
 NSResponder* NSWindow::nextResponder() {
