@@ -17,6 +17,7 @@
 #include "Backends/Desktop/DesktopFileIcons.h"
 #include "Backends/Desktop/DesktopFileOpener.h"
 #include "Backends/Desktop/DesktopLoop.h"
+#include "Backends/Desktop/DesktopPresence.h"
 #include "Backends/Desktop/DesktopText.h"
 #include "Backends/Desktop/DesktopWindowHost.h"
 #include "Backends/Desktop/SessionBus.h"
@@ -99,6 +100,7 @@ struct DesktopBackend::Parts {
   DesktopDock dock;
   DesktopFileOpener fileOpener{bus};
   DesktopFileIcons fileIcons;
+  DesktopPresence presence{bus};
   platform::port::Folders folders;
 };
 
@@ -132,6 +134,10 @@ platform::port::Clipboard& DesktopBackend::clipboard() {
 
 platform::port::Broadcast* DesktopBackend::broadcast() {
   return &parts_->broadcast;
+}
+
+platform::port::Presence* DesktopBackend::presence() {
+  return &parts_->presence;
 }
 
 platform::port::Applications* DesktopBackend::applications() {

@@ -33,6 +33,7 @@ class DesktopBackend final : public platform::port::Backend {
   platform::port::Dock* dock() override;
   platform::port::FileOpener* fileOpener() override;
   platform::port::FileIcons* fileIcons() override;
+  platform::port::Presence* presence() override;
   const platform::port::Folders& folders() const override;
 
  private:

@@ -42,6 +42,7 @@ SessionBus::Reply replyOf(sd_bus_message* message) {
   const char* text = nullptr;
   const bool isText = sd_bus_message_peek_type(message, &type, nullptr) > 0 && (type == 's' || type == 'o');
   if (isText && sd_bus_message_read_basic(message, type, &text) > 0) reply.text = text;
+  if (type == 'b') sd_bus_message_read_basic(message, type, &reply.number);
   return reply;
 }
 
@@ -63,11 +64,12 @@ struct SessionBus::PendingCall {
   }
   static void destroyed(void* self) {
     const std::unique_ptr<PendingCall> owned(static_cast<PendingCall*>(self));
-    owned->end({false, {}, "the bus has gone"});
+    owned->end({.error = "the bus has gone"});
   }
 };
 
-SessionBus::SessionBus() : continue_(new QTimer), reconnect_(new QTimer), patience_(kFirstPatience) {
+SessionBus::SessionBus(Kind kind)
+    : kind_(kind), continue_(new QTimer), reconnect_(new QTimer), patience_(kFirstPatience) {
   continue_->setSingleShot(true);
   reconnect_->setSingleShot(true);
   QObject::connect(continue_.get(), &QTimer::timeout, &context_, [this] { drain(); });
@@ -82,9 +84,14 @@ SessionBus::~SessionBus() {
 
 void SessionBus::connect() {
   sd_bus* opened = nullptr;
-  if (sd_bus_open_user(&opened) < 0) return scheduleConnection();
+  if ((kind_ == Kind::user ? sd_bus_open_user(&opened) : sd_bus_open_system(&opened)) < 0) return scheduleConnection();
   bus_.reset(opened);
   sd_bus_set_exit_on_disconnect(opened, 0);
+  // Those who observe are gone before the bus is, which still reads while it sends its rest.
+  const auto swallow = [](sd_bus_message*, void* self, sd_bus_error*) {
+    return static_cast<const SessionBus*>(self)->life_ ? 0 : 1;
+  };
+  sd_bus_add_filter(opened, nullptr, swallow, this);
   for (const auto& setUp : setUps_) setUp();
   for (Watched& watched : watched_) observeOwner(watched);
   watchDescriptor();
@@ -189,7 +196,7 @@ void SessionBus::call(const BusMessage& message, std::chrono::milliseconds patie
     sd_bus_slot_unref(slot);
     static_cast<void>(pending.release());
   } else {
-    pending->end({false, {}, "there is no bus"});
+    pending->end({.error = "there is no bus"});
   }
   updateWatch();
 }

@@ -14,22 +14,25 @@
 
 namespace desktop {
 
-/// A connection to the user's session bus, driven by the toolkit's loop a few milliseconds at a time. What isn't read
-/// yet waits with the bus. Nothing here waits for an answer: with no bus, a dead or a hanging one the main thread goes
-/// on. A bus that has died is looked for again and again, ever more slowly. Main thread.
+/// A connection to the user's session bus, or to the system's, driven by the toolkit's loop a few milliseconds at a
+/// time. What isn't read yet waits with the bus. Nothing here waits for an answer: with no bus, a dead or a hanging one
+/// the main thread goes on. A bus that has died is looked for again and again, ever more slowly. Main thread.
 class SessionBus {
  public:
-  /// How a call ended. `text` is the answer's first argument where that is a text; `error` says what went wrong.
+  enum class Kind { user, system };
+  /// How a call ended. `text` is the answer's first argument where that is a text, `number` where it is a truth value;
+  /// `error` says what went wrong.
   struct Reply {
     bool succeeded = false;
-    std::string text;
-    std::string error;
+    std::string text{};
+    int number = 0;
+    std::string error{};
   };
   using Completion = std::function<void(const Reply&)>;
   /// Hears the unique name of who owns a name, empty for nobody.
   using OwnerWatcher = std::function<void(const std::string& owner)>;
 
-  SessionBus();
+  explicit SessionBus(Kind kind = Kind::user);
   /// What was sent goes out if the bus takes it in a fraction of a second.
   ~SessionBus();
   SessionBus(const SessionBus&) = delete;
@@ -92,6 +95,7 @@ class SessionBus {
   void drain();
   void sendRest();
 
+  const Kind kind_;
   QObject context_;
   std::shared_ptr<bool> life_ = std::make_shared<bool>();
   std::vector<std::function<void()>> setUps_;

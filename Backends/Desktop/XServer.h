@@ -19,6 +19,7 @@ class XServer {
   XServer();
 
   xcb_connection_t* connection() const { return connection_; }
+  xcb_window_t root() const { return root_; }
   void flush() { xcb_flush(connection_); }
   xcb_atom_t atom(const std::string& name);
 

@@ -1,0 +1,45 @@
+#include "Backends/Desktop/DesktopPresence.h"
+
+#include <utility>
+
+namespace desktop {
+
+namespace {
+
+constexpr IdleMonitor::Place kCompositor{"org.gnome.Mutter.IdleMonitor", "/org/gnome/Mutter/IdleMonitor/Core",
+                                         "org.gnome.Mutter.IdleMonitor", "GetIdletime", true};
+/// Asked last: some of those who own the name count in seconds, but not the one that runs without an X server.
+constexpr IdleMonitor::Place kSessionManager{"org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
+                                             "org.freedesktop.ScreenSaver", "GetSessionIdleTime", false};
+constexpr std::uint64_t kNanosecondsPerMillisecond = 1'000'000;
+
+}  // namespace
+
+DesktopPresence::DesktopPresence(SessionBus& bus)
+    : compositor_(bus, kCompositor),
+      sessionManager_(bus, kSessionManager),
+      x_([this](bool active) { heard("X", active); }),
+      services_(bus, [this](const std::string& service, bool active) { heard(service, active); }),
+      system_([this](bool asleep) { heard("login", asleep); }) {}
+
+std::optional<std::uint64_t> DesktopPresence::idleNanoseconds() {
+  auto milliseconds = compositor_.idleMilliseconds();
+  if (!milliseconds) milliseconds = x_.idleMilliseconds();
+  if (!milliseconds) milliseconds = sessionManager_.idleMilliseconds();
+  if (!milliseconds) return std::nullopt;
+  return *milliseconds * kNanosecondsPerMillisecond;
+}
+
+void DesktopPresence::heard(const std::string& source, bool asleep) {
+  const bool before = !asleep_.empty();
+  if (asleep)
+    asleep_.insert(source);
+  else
+    asleep_.erase(source);
+  const bool now = !asleep_.empty();
+  if (now == before || !changed_) return;
+  const auto changed = changed_;  // it may be replaced from inside
+  changed(now);
+}
+
+}  // namespace desktop
