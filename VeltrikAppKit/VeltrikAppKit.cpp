@@ -6,6 +6,7 @@
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSMenu.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/AppKit/NSWorkspace.h"
 #include "Platform/Foundation/DistributedNotificationCenter.h"
 #include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/Foundation/Session.h"
@@ -26,7 +27,10 @@ void VeltrikAppKit::prepare() {
   platform::UserDefaults::standard().set("NSFullScreenMenuItemEverywhere", false);
   platform::NSWindow::setAllowsAutomaticWindowTabbing(false);
   installWindowMethodExchanges();
+  observeScreens();
   observeWebViewFeedback();
+  startIdleTimer();
+  installKeyboardMonitor();
   buildDockMenu();
 }
 
@@ -35,6 +39,7 @@ VeltrikAppKit::~VeltrikAppKit() {
   if (!platform::Session::exists()) return;
   platform::NotificationCenter::defaultCenter().removeObserver(this);
   platform::DistributedNotificationCenter::defaultCenter().removeObserver(this);
+  platform::NSWorkspace::shared().notificationCenter().removeObserver(this);
 }
 
 void VeltrikAppKit::setDelegate(std::weak_ptr<VeltrikAppKitDelegateProtocol> delegate) {

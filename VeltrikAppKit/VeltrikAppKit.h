@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "Platform/AppKit/NSEvent.h"
+#include "Platform/Foundation/NotificationCenter.h"
+#include "Platform/Foundation/Timer.h"
 #include "VeltrikAppKit/Protocols/VeltrikAppKitProtocol.h"
 
 namespace veltrik {
@@ -33,6 +35,11 @@ class VeltrikAppKit final : public VeltrikAppKitProtocol, public std::enable_sha
   void terminate() override;
   void applicationDidFinishLaunching() override;
   void applicationWillTerminate() override;
+
+  // VeltrikAppKit+Input.cpp
+  /// The workspace's notifications that the screens went to sleep, and woke; others are ignored.
+  void notifyWillSleep(const platform::Notification& notification);
+  void notifyDidWake(const platform::Notification& notification);
 
   // VeltrikAppKit+Alerts.cpp
   bool isAppKitAlertPresented() const override;
@@ -68,6 +75,12 @@ class VeltrikAppKit final : public VeltrikAppKitProtocol, public std::enable_sha
  private:
   VeltrikAppKit() = default;
   void prepare();
+  void observeScreens();
+  void startIdleTimer();
+  void installKeyboardMonitor();
+  bool letsKeyGoOn(const platform::NSEvent& event) const;
+  bool isCompanionSwitch(const platform::NSEvent& event) const;
+  bool isLeftByHost(const platform::NSEvent& event) const;
   void observeWebViewFeedback();
   void buildDockMenu();
   void takeOverApplicationDelegate();
@@ -89,6 +102,7 @@ class VeltrikAppKit final : public VeltrikAppKitProtocol, public std::enable_sha
   std::shared_ptr<AppRestarter> appRestarter_;
   /// 1 while the launch of the companion is being tried again.
   int webViewOpeningRetryCount_ = 0;
+  std::shared_ptr<platform::Timer> idleTimer_;
 };
 
 }  // namespace veltrik

@@ -42,12 +42,22 @@ class TestHost final : public VeltrikAppKitDelegateProtocol, public HostRecord {
   bool reopens = true;
   std::optional<std::string> feedback;
 
-  bool handleFunctionKey(std::int32_t, const std::vector<KeyModifier>&, std::int32_t) override {
-    told("handleFunctionKey");
-    return true;
+  /// What it answers to function keys, and what it was handed: "key CODE [MODIFIERS…] TYPE".
+  bool letsKeysGoOn = true;
+  std::vector<std::string> keys;
+
+  bool handleFunctionKey(std::int32_t code, const std::vector<KeyModifier>& modifiers, std::int32_t type) override {
+    std::string held;
+    for (const KeyModifier modifier : modifiers) held += " " + std::to_string(static_cast<std::uint32_t>(modifier));
+    keys.push_back("key " + std::to_string(code) + " [" + held + " ] " + std::to_string(type));
+    return letsKeysGoOn;
   }
-  void notifyWorkspaceEnvironment(std::int32_t) override { told("notifyWorkspaceEnvironment"); }
-  void notifyUserInteraction(std::int32_t) override { told("notifyUserInteraction"); }
+  void notifyWorkspaceEnvironment(std::int32_t environment) override {
+    told("notifyWorkspaceEnvironment", " " + std::to_string(environment));
+  }
+  void notifyUserInteraction(std::int32_t interaction) override {
+    told("notifyUserInteraction", " " + std::to_string(interaction));
+  }
   bool applicationShouldHandleReopen() override {
     told("applicationShouldHandleReopen");
     return reopens;

@@ -7,10 +7,14 @@
 #include <string>
 
 #include "Backends/Headless/HeadlessBackend.h"
+#include "Platform/AppKit/NSButton.h"
+#include "Platform/AppKit/NSImageView.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/Session.h"
+#include "VeltrikAppKit/Protocols/CFDateGetIdleTimeInterval.h"
 #include "VeltrikAppKit/Protocols/VeltrikAppKitEntry.h"
+#include "VeltrikAppKit/Protocols/VeltrikAppKitSearchField.h"
 #include "VeltrikAppKit/Protocols/VeltrikAppKitWindowHelperProtocol.h"
 
 namespace veltrik {
@@ -66,6 +70,34 @@ TEST_F(BundleTest, AnEntryAskedForAnotherVersionCreatesNothing) {
   EXPECT_FALSE(create(kVeltrikAppKitInterfaceVersion, nullptr));
 }
 
+TEST_F(BundleTest, ItsSearchFieldHasItsPicturesSharpAtEveryScale) {
+  ASSERT_TRUE(bundle->load());
+  const auto make =
+      reinterpret_cast<VeltrikAppKitMakeSearchFieldFunction*>(bundle->symbol(kVeltrikAppKitMakeSearchFieldSymbol));
+  ASSERT_TRUE(make);
+  std::shared_ptr<platform::NSView> field;
+  make({}, &field);
+  ASSERT_TRUE(field);
+  ASSERT_EQ(field->subviews().size(), 3U);
+  const auto icon = std::dynamic_pointer_cast<platform::NSImageView>(field->subviews().at(0));
+  const auto cancel = std::dynamic_pointer_cast<platform::NSButton>(field->subviews().at(2));
+  ASSERT_TRUE(icon && cancel);
+  for (const auto& image : {icon->image(), cancel->image()}) {
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->size(), (platform::Size{16, 16}));
+    for (const int scale : {1, 2, 3}) EXPECT_EQ(image->bestRepresentation(scale)->width, 16 * scale);
+  }
+}
+
+TEST_F(BundleTest, TellsTheIdleTimeOfTheSession) {
+  ASSERT_TRUE(bundle->load());
+  const auto read =
+      reinterpret_cast<CFDateGetIdleTimeIntervalFunction*>(bundle->symbol(kCFDateGetIdleTimeIntervalSymbol));
+  ASSERT_TRUE(read);
+  desktop.advance(2.5);
+  EXPECT_EQ(read(), 2.5);
+}
+
 TEST_F(BundleTest, ExportsItsCFunctionsAlone) {
   const std::string command = "nm -D --defined-only --format=just-symbols '" + bundle->executablePath().string() + "'";
   const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
@@ -76,7 +108,8 @@ TEST_F(BundleTest, ExportsItsCFunctionsAlone) {
     symbols.emplace_back(line.data());
     symbols.back().pop_back();
   }
-  EXPECT_THAT(symbols, testing::UnorderedElementsAre("VeltrikAppKitCreate", "VeltrikAppKitWindowValues"));
+  EXPECT_THAT(symbols, testing::UnorderedElementsAre("CFDateGetIdleTimeInterval", "VeltrikAppKitCreate",
+                                                     "VeltrikAppKitMakeSearchField", "VeltrikAppKitWindowValues"));
 }
 
 }  // namespace

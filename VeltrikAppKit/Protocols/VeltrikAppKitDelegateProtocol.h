@@ -17,12 +17,12 @@ class VeltrikAppKitDelegateProtocol {
   virtual ~VeltrikAppKitDelegateProtocol() = default;
 
   /// A key that nobody before the host took. `eventType`: 0 key down, 1 key up. True lets the event go on, false
-  /// swallows it. To come: not called yet.
+  /// swallows it.
   virtual bool handleFunctionKey(std::int32_t keyCode, const std::vector<KeyModifier>& modifiers,
                                  std::int32_t eventType) = 0;
-  /// 0: the screens went to sleep, 1: they woke. To come: not called yet.
+  /// 0: the screens went to sleep, 1: they woke.
   virtual void notifyWorkspaceEnvironment(std::int32_t environment) = 0;
-  /// The user is active; at most once a second, `interaction` always 2. To come: not called yet.
+  /// The user is active; at most once a second, `interaction` always 2.
   virtual void notifyUserInteraction(std::int32_t interaction) = 0;
 
   /// The user asked for the application again (a second start, a dock click). True lets the platform show a window when
