@@ -128,7 +128,7 @@ void Console::handle(const LineBuffer::Line& line) {
 Dictionary Console::perform(const Dictionary& line) {
   try {
     const Request request = decode(line);
-    ConsoleContext context{host_, machine_, chats_, identifierOfName(request.on), afterAnswer_};
+    ConsoleContext context{host_, machine_, chats_, searches_, identifierOfName(request.on), afterAnswer_};
     return {{"result", callsOf(kindOfName(request.on)).call(request.call, context, request.arguments)}};
   } catch (const std::exception& problem) {
     return {{"error", problem.what()}};

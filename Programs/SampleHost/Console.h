@@ -40,6 +40,7 @@ class Console {
   std::uint64_t inputWatch_ = 0;
   std::uint64_t lineWatch_ = 0;
   std::map<std::string, std::unique_ptr<ChatWindow>> chats_;
+  std::map<std::string, std::unique_ptr<SearchWindow>> searches_;
   std::vector<std::function<void()>> afterAnswer_;
   std::function<void(const std::string&)> formerLogSink_;
 };

@@ -36,6 +36,7 @@ Value messages(ConsoleContext& context, const string& identifier) {
 /// Lets go of the window's helper, as a host does when its window has closed.
 void releaseHelper(ConsoleContext& context, const string& identifier) {
   context.chats.erase(identifier);
+  context.searches.erase(identifier);
   context.host.window(identifier).helper.reset();
 }
 
@@ -53,6 +54,7 @@ ConsoleCalls hostCalls() {
   table.add("messages", messages);
   table.add("releaseHelper", releaseHelper);
   table.add("calls", calls);
+  addSearchCalls(table);
   return table;
 }
 

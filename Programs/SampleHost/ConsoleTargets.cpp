@@ -15,6 +15,7 @@ ConsoleCalls desktopCalls() {
   addWindowCalls(calls);
   addUserCalls(calls);
   addMachineCalls(calls);
+  addPresenceCalls(calls);
   return calls;
 }
 

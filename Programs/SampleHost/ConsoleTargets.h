@@ -10,6 +10,7 @@
 #include "Programs/SampleHost/ChatWindow.h"
 #include "Programs/SampleHost/Host.h"
 #include "Programs/SampleHost/Machine.h"
+#include "Programs/SampleHost/SearchWindow.h"
 
 namespace samplehost {
 
@@ -18,6 +19,7 @@ struct ConsoleContext {
   Host& host;
   Machine& machine;
   std::map<std::string, std::unique_ptr<ChatWindow>>& chats;
+  std::map<std::string, std::unique_ptr<SearchWindow>>& searches;
   /// The identifier in the request's target ("main" of "window:main"); empty for the other targets.
   std::string identifier;
   /// Runs after the answer was written: what the user does may take as long as the application's own loops do.
@@ -39,6 +41,9 @@ ConsoleCalls desktopCalls();
 void addWindowCalls(ConsoleCalls& calls);
 void addUserCalls(ConsoleCalls& calls);
 void addMachineCalls(ConsoleCalls& calls);
+void addPresenceCalls(ConsoleCalls& calls);
+/// A part of "host".
+void addSearchCalls(ConsoleCalls& calls);
 
 /// Throws RequestError for a name that no target has.
 const ConsoleCalls& callsOf(const std::string& kind);

@@ -5,10 +5,24 @@
 #include <stdexcept>
 
 #include "Platform/Foundation/Bundle.h"
+#include "VeltrikAppKit/Protocols/CFDateGetIdleTimeInterval.h"
 #include "VeltrikAppKit/Protocols/VeltrikAppKitDiagnosis.h"
 #include "VeltrikAppKit/Protocols/VeltrikAppKitEntry.h"
 
 namespace samplehost {
+
+namespace {
+
+/// A C function of the loaded plug-in; null before it was loaded.
+template <class Function>
+Function* pluginFunction(const char* symbol) {
+  for (const auto& bundle : platform::Bundle::allBundles())
+    if (bundle->isLoaded() && bundle->bundleIdentifier() == veltrik::kVeltrikAppKitBundleIdentifier)
+      return reinterpret_cast<Function*>(bundle->symbol(symbol));
+  return nullptr;
+}
+
+}  // namespace
 
 std::filesystem::path defaultBundlePath() {
   const auto program = std::filesystem::read_symlink("/proc/self/exe");
@@ -25,16 +39,27 @@ std::shared_ptr<veltrik::VeltrikAppKitProtocol> loadPlugin(const std::filesystem
   return appKit;
 }
 
+std::shared_ptr<platform::NSView> makeSearchField(const veltrik::SearchFieldCallbacks& callbacks) {
+  const auto make =
+      pluginFunction<veltrik::VeltrikAppKitMakeSearchFieldFunction>(veltrik::kVeltrikAppKitMakeSearchFieldSymbol);
+  if (!make) throw std::runtime_error("the plug-in has no search field");
+  std::shared_ptr<platform::NSView> made;
+  make(callbacks, &made);
+  return made;
+}
+
+double idleTimeInterval() {
+  const auto read =
+      pluginFunction<veltrik::CFDateGetIdleTimeIntervalFunction>(veltrik::kCFDateGetIdleTimeIntervalSymbol);
+  return read ? read() : 0;
+}
+
 platform::Dictionary attachedValues(const platform::NSWindow& window) {
-  for (const auto& bundle : platform::Bundle::allBundles()) {
-    if (bundle->bundleIdentifier() != veltrik::kVeltrikAppKitBundleIdentifier || !bundle->isLoaded()) continue;
-    const auto read = reinterpret_cast<veltrik::VeltrikAppKitWindowValuesFunction*>(
-        bundle->symbol(veltrik::kVeltrikAppKitWindowValuesSymbol));
-    platform::Dictionary values;
-    if (read) read(window, &values);
-    return values;
-  }
-  return {};
+  const auto read =
+      pluginFunction<veltrik::VeltrikAppKitWindowValuesFunction>(veltrik::kVeltrikAppKitWindowValuesSymbol);
+  platform::Dictionary values;
+  if (read) read(window, &values);
+  return values;
 }
 
 }  // namespace samplehost

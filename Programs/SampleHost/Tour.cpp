@@ -44,6 +44,8 @@ const std::vector<Tour::Scene>& Tour::scenes() {
       {"Always on top, and see-through", &Tour::levelAndOpacity},
       {"Minimised and zoomed", &Tour::minimiseAndZoom},
       {"A second window with a coloured title bar and only a close button", &Tour::secondWindow},
+      {"People are searched by name", &Tour::search},
+      {"The user is there or not, the screens are on or not", &Tour::presence},
       {"Notifications between processes", &Tour::notifications},
       {"The dock menu opens the main window", &Tour::dockMenu},
       {"The application is opened again", &Tour::reopen},

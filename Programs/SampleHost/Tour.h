@@ -45,6 +45,9 @@ class Tour {
   void composeHangul();
   void newLine();
   void undoAndRedo();
+  // Search field, presence (TourSearch.cpp).
+  void search();
+  void presence();
   // Application (TourApplication.cpp).
   void notifications();
   void dockMenu();

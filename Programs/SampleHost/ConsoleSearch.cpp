@@ -1,0 +1,47 @@
+#include <fmt/format.h>
+
+#include "Programs/SampleHost/ConsoleTargets.h"
+#include "Programs/SampleHost/PluginBundle.h"
+
+namespace samplehost {
+
+using platform::Rect;
+using platform::Value;
+using std::optional;
+using std::string;
+
+namespace {
+
+constexpr Rect kSearchFrame{620, 160, 300, 300};
+
+void openSearch(ConsoleContext& context, const string& identifier, optional<Rect> frame) {
+  auto& search = context.searches[identifier];
+  if (search) throw RequestError(fmt::format("the search \"{}\" is open already", identifier));
+  search = std::make_unique<SearchWindow>(context.host, identifier);
+  search->open(frame.value_or(kSearchFrame));
+}
+
+Value found(ConsoleContext& context, const string& identifier) {
+  const auto search = context.searches.find(identifier);
+  if (search == context.searches.end()) throw RequestError(fmt::format("there is no search \"{}\"", identifier));
+  return platform::Dictionary{{"names", Codec<std::vector<string>>::encode(search->second->found())},
+                              {"chosen", static_cast<std::int64_t>(search->second->chosen())}};
+}
+
+}  // namespace
+
+void addSearchCalls(ConsoleCalls& calls) {
+  calls.add("openSearch", openSearch);
+  calls.add("found", found);
+}
+
+void addPresenceCalls(ConsoleCalls& calls) {
+  calls.add("idleTime", [](ConsoleContext&) { return idleTimeInterval(); });
+  calls.add("userActsElsewhere", [](ConsoleContext& c) { c.headless().presence()->userActs(); });
+  calls.add("setIdleTimeUnreadable",
+            [](ConsoleContext& c, bool unreadable) { c.headless().faults().idleTimeUnreadable = unreadable; });
+  calls.add("setScreensAsleep",
+            [](ConsoleContext& c, bool asleep) { c.headless().presence()->setScreensAsleep(asleep); });
+}
+
+}  // namespace samplehost

@@ -1,0 +1,156 @@
+"""A session bus of the test's own and services on it, spoken to in the D-Bus wire format (little endian, basic types)."""
+
+import os
+import pathlib
+import socket
+import struct
+import subprocess
+import threading
+
+CALL, ANSWER, ERROR, SIGNAL = 1, 2, 3, 4
+PATH, INTERFACE, MEMBER, ERROR_NAME, REPLY_SERIAL, DESTINATION, SENDER, SIGNATURE = range(1, 9)
+BUS = "org.freedesktop.DBus"
+FORMATS = {"b": "<I", "u": "<I", "t": "<Q"}
+
+
+class Bus:
+    def __init__(self, folder, name="bus"):
+        self.socket = os.path.join(folder, name)
+        self.address = f"unix:path={self.socket}"
+        self.start()
+
+    def start(self):
+        pathlib.Path(self.socket).unlink(missing_ok=True)
+        self.daemon = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1",
+                                        f"--address={self.address}"], stdout=subprocess.PIPE,
+                                       stderr=subprocess.DEVNULL)
+        self.daemon.stdout.readline()
+
+    def kill(self):
+        self.daemon.kill()
+        self.daemon.wait()
+        self.daemon.stdout.close()
+
+
+def padded(data, boundary):
+    return data + bytes(-len(data) % boundary)
+
+
+def text(value):
+    encoded = value.encode()
+    return struct.pack("<I", len(encoded)) + encoded + b"\0"
+
+
+def value_bytes(kind, value):
+    return text(value) if kind == "s" else struct.pack(FORMATS[kind], value)
+
+
+def message(kind, serial, fields, arguments=()):
+    """`arguments` are (type, value), of which all but the first have four bytes or are texts."""
+    body = b""
+    for type_code, value in arguments:
+        body = padded(body, 4) + value_bytes(type_code, value)
+    if arguments:
+        fields = {**fields, SIGNATURE: "".join(type_code for type_code, _ in arguments)}
+    head = b""
+    for code, value in fields.items():
+        if code == SIGNATURE:
+            entry = b"\1g\0" + bytes([len(value)]) + value.encode() + b"\0"
+        elif code == REPLY_SERIAL:
+            entry = b"\1u\0" + struct.pack("<I", value)
+        else:
+            entry = (b"\1o\0" if code == PATH else b"\1s\0") + text(value)
+        head = padded(head, 8) + bytes([code]) + entry
+    return padded(struct.pack("<BBBBIII", ord("l"), kind, 0, 1, len(body), serial, len(head)) + head, 8) + body
+
+
+def header_fields(data):
+    fields, at = {}, 0
+    while at < len(data):
+        at += -at % 8
+        code, kind = data[at], chr(data[at + 2])
+        at += 4
+        if kind == "g":
+            length = data[at]
+            fields[code] = data[at + 1:at + 1 + length].decode()
+            at += length + 2
+        elif kind == "u":
+            fields[code] = struct.unpack_from("<I", data, at)[0]
+            at += 4
+        else:
+            length = struct.unpack_from("<I", data, at)[0]
+            fields[code] = data[at + 4:at + 4 + length].decode()
+            at += length + 5
+    return fields
+
+
+class Service:
+    """Owns a name and answers calls from `answers`: member to (type, value), or None to stay silent; others get an
+    error. `asked` lists the members that were called."""
+
+    def __init__(self, bus, name, path, answers=None):
+        self.name, self.path, self.answers, self.asked = name, path, answers or {}, []
+        self.serial, self.lock = 0, threading.Lock()
+        self.socket = socket.socket(socket.AF_UNIX)
+        self.socket.connect(bus.socket)
+        self.socket.sendall(b"\0AUTH EXTERNAL " + str(os.getuid()).encode().hex().encode() + b"\r\n")
+        assert self.socket.recv(512).startswith(b"OK")
+        self.socket.sendall(b"BEGIN\r\n")
+        self.owned = threading.Event()
+        self.reader = threading.Thread(target=self.read, daemon=True)
+        self.reader.start()
+        self.call_bus("Hello")
+        self.call_bus("RequestName", ("s", name), ("u", 0))
+        assert self.owned.wait(20), "the bus doesn't give the name"
+
+    def send(self, kind, fields, arguments=()):
+        with self.lock:
+            self.serial += 1
+            self.socket.sendall(message(kind, self.serial, fields, arguments))
+            return self.serial
+
+    def call_bus(self, member, *arguments):
+        return self.send(CALL, {PATH: "/org/freedesktop/DBus", INTERFACE: BUS, MEMBER: member, DESTINATION: BUS},
+                         arguments)
+
+    def emit(self, member, *arguments, interface=None):
+        self.send(SIGNAL, {PATH: self.path, INTERFACE: interface or self.name, MEMBER: member}, arguments)
+
+    def exactly(self, count):
+        data = b""
+        while len(data) < count:
+            part = self.socket.recv(count - len(data))
+            if not part:
+                raise EOFError
+            data += part
+        return data
+
+    def read(self):
+        try:
+            while True:
+                start = self.exactly(16)
+                kind = start[1]
+                body, serial, head = struct.unpack_from("<III", start, 4)
+                fields = header_fields(self.exactly(head + -head % 8)[:head])
+                self.exactly(body)
+                if kind == ANSWER and fields[REPLY_SERIAL] == 2:  # RequestName is the second call
+                    self.owned.set()
+                if kind == CALL:
+                    self.answer(serial, fields)
+        except (OSError, EOFError):
+            pass
+
+    def answer(self, serial, fields):
+        self.asked.append(fields[MEMBER])
+        back = {REPLY_SERIAL: serial, DESTINATION: fields[SENDER]}
+        if fields[MEMBER] not in self.answers:
+            self.send(ERROR, {**back, ERROR_NAME: BUS + ".Error.NotSupported"}, [("s", "This method is not implemented")])
+        elif (value := self.answers[fields[MEMBER]]) is not None:
+            self.send(ANSWER, back, [value])
+
+    def close(self):
+        """May be called again."""
+        if self.reader.is_alive():
+            self.socket.shutdown(socket.SHUT_RDWR)
+        self.reader.join()
+        self.socket.close()

@@ -1,0 +1,294 @@
+"""The search field, keys and the user's presence on a real X server, seen and driven by outside programs. Run it under
+scripts/private-desktop --wm openbox --ime ibus."""
+
+import ctypes
+import os
+import subprocess
+import tempfile
+import time
+import unittest
+
+from bus_service import Bus, Service
+from console_client import Console, rect
+
+FRAME = rect(200, 160, 300, 300)
+
+
+def run(*command):
+    return subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, check=True, timeout=20).stdout.decode()
+
+
+def keys(*names):
+    run("xdotool", "key", "--delay", "10", *names)
+
+
+class ScreenSaverInfo(ctypes.Structure):
+    _fields_ = [("window", ctypes.c_ulong), ("state", ctypes.c_int), ("kind", ctypes.c_int),
+                ("til_or_since", ctypes.c_ulong), ("idle", ctypes.c_ulong), ("mask", ctypes.c_ulong)]
+
+
+class IdleReader:
+    """Seconds without input, as the X server tells anybody."""
+
+    def __init__(self):
+        self.x, self.saver = ctypes.CDLL("libX11.so.6"), ctypes.CDLL("libXss.so.1")
+        self.x.XOpenDisplay.restype = ctypes.c_void_p
+        self.x.XDefaultRootWindow.restype = ctypes.c_ulong
+        self.x.XDefaultRootWindow.argtypes = self.x.XCloseDisplay.argtypes = [ctypes.c_void_p]
+        self.saver.XScreenSaverQueryInfo.argtypes = [ctypes.c_void_p, ctypes.c_ulong, ctypes.c_void_p]
+        self.display = self.x.XOpenDisplay(None)
+
+    def read(self):
+        info = ScreenSaverInfo()
+        assert self.saver.XScreenSaverQueryInfo(self.display, self.x.XDefaultRootWindow(self.display),
+                                                ctypes.byref(info))
+        return info.idle / 1000
+
+    def close(self):
+        self.x.XCloseDisplay(self.display)
+
+
+class HostCase(unittest.TestCase):
+    def start(self, environment=None):
+        self.host = Console("desktop", environment)
+        self.addCleanup(self.host.__exit__)
+        self.host.call("host", "launch")
+        self.heard = []
+
+    def told(self, event, source="app"):
+        """The arguments of all such events so far."""
+        self.heard += [line for line in self.host.take() if "event" in line]
+        return [line["args"] for line in self.heard if (line["event"], line["from"]) == (event, source)]
+
+    def until_told(self, event, arguments, source="app"):
+        self.host.until(lambda: self.told(event, source) == arguments, f"{event} is told with {arguments}")
+
+
+class Search(HostCase):
+    def setUp(self):
+        self.start()
+        self.host.call("host", "openSearch", "people", FRAME)
+        self.host.until(lambda: self.read("main") and self.read("key"), "its window becomes main")
+        self.window = self.read("nativeHandle")
+        self.host.until(lambda: f"{self.window:#x}" in run("xprop", "-root", "_NET_ACTIVE_WINDOW"), "it is active")
+
+    def read(self, field):
+        return self.host.desktop("read", "people", field)
+
+    def part(self, name, view=None):
+        """A view of a class, with its frame's place in the content view."""
+        view = view or self.read("views")
+        if view["class"] == name:
+            return view, 0, 0
+        for subview in view["subviews"]:
+            if found := self.part(name, subview):
+                return found[0], found[1] + subview["frame"]["x"], found[2] + subview["frame"]["y"]
+        return None
+
+    def click(self, name):
+        view, x, y = self.part(name)
+        frame, size = self.read("frame"), view["frame"]
+        screen = int(run("xdotool", "getdisplaygeometry").split()[1])
+        place = (frame["x"] + x + size["width"] / 2, screen - (frame["y"] + y + size["height"] / 2))
+        run("xdotool", "mousemove", *(round(value) for value in place), "click", 1)
+
+    def text(self):
+        return self.part("TextField")[0]["text"]
+
+    def names(self):
+        return self.host.call("host", "found", "people")
+
+    def test_hangul_is_typed_into_it_cleared_and_left(self):
+        self.click("TextField")
+        self.until_told("focused", [[""]], "search:people")
+        self.assertTrue(self.part("NSButton")[0]["hidden"])
+        keys("r", "l", "a")
+        self.host.until(lambda: self.text() == "김", "the syllable is composed in the field")
+        self.assertEqual(self.told("textChanged", "search:people"), [["ㄱ"], ["기"], ["김"]])
+        self.assertEqual(self.names()["names"], ["김서연"])
+        self.assertFalse(self.part("NSButton")[0]["hidden"])
+        keys("space")
+        self.host.until(lambda: self.text() == "김 ", "the input method commits it once")
+
+        self.click("NSButton")
+        self.host.until(lambda: self.text() == "", "the button clears the text")
+        self.assertEqual(self.told("textChanged", "search:people")[-2:], [["김 "], [""]])
+        self.assertFalse(self.part("NSButton")[0]["hidden"], "it stays until the text changes")
+        keys("s", "k")
+        self.host.until(lambda: self.text() == "나", "typing goes on")
+        self.click("NSButton")
+        self.host.until(lambda: self.text() == "", "what is being composed is cleared too")
+        keys("1", "BackSpace")
+        self.host.until(lambda: self.part("NSButton")[0]["hidden"], "deleted, the button goes")
+
+        keys("Down", "Down", "Up")
+        self.until_told("arrowKeyDidDown", [[True], [True], [False]], "search:people")
+        self.assertEqual(self.names()["chosen"], 1)
+        arrows = [args for args in self.told("handleFunctionKey") if args[0] in (125, 126)]
+        self.assertEqual([kind for _, _, kind in arrows], [1, 1, 1], "the host hears of the releases alone")
+
+        keys("Escape")
+        self.until_told("didEndEditing", [[]], "search:people")
+        self.assertNotEqual(self.read("firstResponder"), "Editor")
+        self.assertEqual([args for args in self.told("handleFunctionKey") if args[0] == 53], [[53, [], 0]])
+
+    def test_keys_reach_the_host_with_their_modifiers(self):
+        for key, expected in (("a", [0, []]), ("shift+a", [0, [65536]]), ("alt+F2", [120, [131072]]),
+                              ("super+shift+b", [11, [65536, 262144]]), ("ctrl+shift+c", [8, [65536]])):
+            with self.subTest(key):
+                before = len(self.told("handleFunctionKey"))
+                keys(key)
+                code = expected[0]
+
+                def both():
+                    new = [args for args in self.told("handleFunctionKey")[before:] if args[0] == code]
+                    return new if len(new) == 2 else None
+
+                down, up = self.host.until(both, f"{key} goes down and up")
+                self.assertEqual(down, [*expected, 0])
+                self.assertEqual((up[0], up[2]), (code, 1))
+
+
+class Presence(HostCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory(prefix="presence-")
+        self.addCleanup(self.folder.cleanup)
+        self.bus, self.system = Bus(self.folder.name), Bus(self.folder.name, "system")
+        self.addCleanup(self.bus.kill)
+        self.addCleanup(self.system.kill)
+        self.reader = IdleReader()
+        self.addCleanup(self.reader.close)
+
+    def start_here(self):
+        self.start({"DBUS_SESSION_BUS_ADDRESS": self.bus.address, "DBUS_SYSTEM_BUS_ADDRESS": self.system.address,
+                    "QT_IM_MODULE": "compose"})
+        self.assertEqual(self.screens(), [])
+
+    def service(self, name, answers=None, bus=None, path=None):
+        service = Service(bus or self.bus, name, path or "/" + name.replace(".", "/"), answers)
+        self.addCleanup(service.close)
+        return service
+
+    def screens(self):
+        return [args[0] for args in self.told("notifyWorkspaceEnvironment")]
+
+    def until_screens(self, *codes):
+        self.host.until(lambda: self.screens() == list(codes), f"the host is told {codes}")
+
+    def expect_idle_time_of_the_server(self):
+        before = self.reader.read()
+        told = self.host.desktop("idleTime")
+        self.assertLessEqual(before - 0.002, told)
+        self.assertLessEqual(told, self.reader.read() + 0.002)
+
+    def test_idle_time_is_the_servers_and_activity_is_told(self):
+        self.start_here()
+        keys("a")
+        self.expect_idle_time_of_the_server()
+        count = len(self.told("notifyUserInteraction"))
+
+        def told_again():
+            keys("a")
+            return self.told("notifyUserInteraction")[count:]
+
+        self.assertEqual(self.host.until(told_again, "activity is told")[0], [2])
+        self.host.until(lambda: self.reader.read() > 1.5, "the user is idle")
+        self.expect_idle_time_of_the_server()
+        count = len(self.told("notifyUserInteraction"))
+        self.host.until(lambda: self.reader.read() > 4, "and stays so")
+        self.assertEqual(len(self.told("notifyUserInteraction")), count)
+
+    def test_the_servers_own_screen_saver(self):
+        self.start_here()
+        run("xset", "s", "activate")
+        self.until_screens(0)
+        run("xset", "s", "reset")
+        self.until_screens(0, 1)
+
+    def test_screen_savers_on_the_bus(self):
+        self.start_here()
+        gnome = self.service("org.gnome.ScreenSaver", {"GetActive": ("b", 0)})
+        proxy = self.service("org.freedesktop.ScreenSaver")
+        self.host.until(lambda: "GetActive" in gnome.asked and "GetActive" in proxy.asked, "both are asked")
+        for saver in (gnome, proxy):
+            saver.emit("ActiveChanged", ("b", 1))
+        self.until_screens(0)
+        gnome.emit("ActiveChanged", ("b", 0))
+        proxy.emit("ActiveChanged", ("b", 0))
+        self.until_screens(0, 1)
+
+        stranger = self.service("org.example.Stranger")
+        stranger.emit("ActiveChanged", ("b", 1), interface="org.gnome.ScreenSaver")
+        gnome.emit("ActiveChanged", ("b", 1))
+        self.until_screens(0, 1, 0)
+        gnome.close()
+        self.until_screens(0, 1, 0, 1)
+        self.service("org.gnome.ScreenSaver", {"GetActive": ("b", 1)})
+        self.until_screens(0, 1, 0, 1, 0)
+        self.bus.kill()
+        self.until_screens(0, 1, 0, 1, 0, 1)
+        self.bus.start()
+        self.service("org.gnome.ScreenSaver", {"GetActive": ("b", 1)})
+        self.until_screens(0, 1, 0, 1, 0, 1, 0)
+
+    def test_a_machine_that_sleeps(self):
+        self.start_here()
+        login = self.service("org.freedesktop.login1", bus=self.system)
+
+        def prepares(sleeps):
+            login.emit("PrepareForSleep", ("b", sleeps), interface="org.freedesktop.login1.Manager")
+
+        def asleep():
+            prepares(1)
+            return self.screens() == [0]
+
+        self.host.until(asleep, "the machine goes to sleep")
+        prepares(0)
+        self.until_screens(0, 1)
+        prepares(1)
+        self.until_screens(0, 1, 0)
+        login.close()
+        self.until_screens(0, 1, 0, 1)
+
+    def test_the_desktops_own_idle_monitor_comes_first(self):
+        def monitor_of(milliseconds):
+            return self.service("org.gnome.Mutter.IdleMonitor", {"GetIdletime": ("t", milliseconds)},
+                                path="/org/gnome/Mutter/IdleMonitor/Core")
+
+        monitor = monitor_of(90_061_001)
+        self.start_here()
+        self.host.until(lambda: self.host.desktop("idleTime") == 90_061.001, "it is found")
+        monitor.answers["GetIdletime"] = None
+        began = time.monotonic()
+        self.expect_idle_time_of_the_server()
+        self.assertLess(time.monotonic() - began, 1, "one that hangs costs little")
+        asked = len(monitor.asked)
+        self.expect_idle_time_of_the_server()
+        self.assertEqual(len(monitor.asked), asked, "and isn't asked again at once")
+        monitor.close()
+        monitor_of(5)
+        self.host.until(lambda: self.host.desktop("idleTime") == 0.005, "one that comes back is trusted again")
+        self.bus.kill()
+        self.host.until(lambda: self.host.desktop("idleTime") != 0.005, "without a bus the server is asked")
+        self.expect_idle_time_of_the_server()
+        self.bus.start()
+
+    def test_without_any_bus(self):
+        nowhere = f"unix:path={self.folder.name}/nothing"
+        self.start({"DBUS_SESSION_BUS_ADDRESS": nowhere, "DBUS_SYSTEM_BUS_ADDRESS": nowhere, "QT_IM_MODULE": "compose"})
+        self.expect_idle_time_of_the_server()
+        run("xset", "s", "activate")
+        self.until_screens(0)
+        run("xset", "s", "reset")
+        self.until_screens(0, 1)
+
+    def test_where_the_server_does_not_see_all_input_it_is_not_asked(self):
+        self.start({"DBUS_SESSION_BUS_ADDRESS": self.bus.address, "XDG_SESSION_TYPE": "wayland",
+                    "QT_IM_MODULE": "compose"})
+        self.assertEqual(self.host.desktop("idleTime"), 0)
+        self.service("org.freedesktop.ScreenSaver", {"GetSessionIdleTime": ("u", 61_500)})
+        self.host.until(lambda: self.host.desktop("idleTime") == 61.5, "the session manager is")
+
+
+if __name__ == "__main__":
+    unittest.main()
