@@ -1,5 +1,7 @@
 #include "Backends/Desktop/IdleMonitor.h"
 
+#include <algorithm>
+
 namespace desktop {
 
 namespace {
@@ -7,24 +9,28 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr std::uint64_t kPatienceMicroseconds = 25'000;
-constexpr std::chrono::seconds kQuiet{60};
+constexpr std::chrono::seconds kFirstQuiet{2}, kLongestQuiet{64};
 
 }  // namespace
 
-IdleMonitor::IdleMonitor(SessionBus& bus, const Place& place) : place_(place) {
+IdleMonitor::IdleMonitor(SessionBus& bus, const Place& place) : place_(place), quiet_(kFirstQuiet) {
   bus.watchOwner(place.name, [this](const std::string& owner) {
     owner_ = owner;
     own_.reset();
     quietUntil_ = {};
+    quiet_ = kFirstQuiet;
   });
 }
 
 std::optional<std::uint64_t> IdleMonitor::idleMilliseconds() {
   if (owner_.empty() || steady_clock::now() < quietUntil_) return std::nullopt;
   const auto answer = ask();
-  if (!answer) {
+  if (answer) {
+    quiet_ = kFirstQuiet;
+  } else {
     own_.reset();
-    quietUntil_ = steady_clock::now() + kQuiet;
+    quietUntil_ = steady_clock::now() + quiet_;
+    quiet_ = std::min(2 * quiet_, kLongestQuiet);
   }
   return answer;
 }

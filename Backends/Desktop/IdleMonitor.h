@@ -13,7 +13,8 @@
 namespace desktop {
 
 /// The idle clock of the desktop's own compositor on the bus. It is asked and waited for a few milliseconds; one that
-/// doesn't answer by then isn't asked again for a minute. Main thread.
+/// doesn't answer by then isn't asked again for some seconds, for more and more the longer it stays silent. Main
+/// thread.
 class IdleMonitor {
  public:
   /// Where a service tells milliseconds. Texts are borrowed for good.
@@ -43,6 +44,7 @@ class IdleMonitor {
   /// A connection without anything to observe, so that nothing else comes while it waits.
   std::unique_ptr<sd_bus, Closer> own_;
   std::chrono::steady_clock::time_point quietUntil_;
+  std::chrono::seconds quiet_;
 };
 
 }  // namespace desktop

@@ -11,7 +11,7 @@ class Presence {
  public:
   virtual ~Presence() = default;
   /// Nanoseconds since the user's last input anywhere on the desktop; nothing when that can't be read. A service that
-  /// doesn't answer costs a few milliseconds at most, and that once.
+  /// doesn't answer costs a few milliseconds, and that ever more seldom.
   virtual std::optional<std::uint64_t> idleNanoseconds() = 0;
   /// `changed` is called with true when the screens went to sleep and with false when they woke, once each however many
   /// services tell of it. Null takes it away.

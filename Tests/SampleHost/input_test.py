@@ -61,7 +61,8 @@ class HostCase(unittest.TestCase):
         return [line["args"] for line in self.heard if (line["event"], line["from"]) == (event, source)]
 
     def until_told(self, event, arguments, source="app"):
-        self.host.until(lambda: self.told(event, source) == arguments, f"{event} is told with {arguments}")
+        self.host.until(lambda: self.told(event, source) == arguments,
+                        lambda: f"{event} is told with {arguments}, not {self.told(event, source)}")
 
 
 class Search(HostCase):
@@ -71,6 +72,8 @@ class Search(HostCase):
         self.host.until(lambda: self.read("main") and self.read("key"), "its window becomes main")
         self.window = self.read("nativeHandle")
         self.host.until(lambda: f"{self.window:#x}" in run("xprop", "-root", "_NET_ACTIVE_WINDOW"), "it is active")
+        # The window manager says so before it hands over the keyboard.
+        self.host.until(lambda: int(run("xdotool", "getwindowfocus")) == self.window, "it has the keyboard")
 
     def read(self, field):
         return self.host.desktop("read", "people", field)
@@ -173,7 +176,7 @@ class Presence(HostCase):
         return [args[0] for args in self.told("notifyWorkspaceEnvironment")]
 
     def until_screens(self, *codes):
-        self.host.until(lambda: self.screens() == list(codes), f"the host is told {codes}")
+        self.host.until(lambda: self.screens() == list(codes), lambda: f"{list(codes)} is told, not {self.screens()}")
 
     def expect_idle_time_of_the_server(self):
         before = self.reader.read()
