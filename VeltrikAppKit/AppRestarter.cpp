@@ -99,7 +99,7 @@ void AppRestarter::unzipDownloadedFile(const URL& downloadLocation, Unpacked com
                           bool success, const std::optional<std::string>&) {
     std::optional<URL> application;
     try {
-      if (success && !weak.expired()) application = findApp(downloadLocation);
+      if (success && !weak.expired()) application = findComplete(downloadLocation);
     } catch (const CocoaError&) {
       // As if there were none.
     }
@@ -122,6 +122,12 @@ void AppRestarter::runProcess(Process& process, Ran completion) {
   }
   DispatchQueue::main().async(
       [output = std::move(output), completion = std::move(completion)] { completion(output.has_value(), output); });
+}
+
+std::optional<URL> AppRestarter::findComplete(const URL& downloadLocation) {
+  if (UnpackFolder(downloadLocation).isComplete()) return findApp(downloadLocation);
+  logRestarter("the unpacked files are not complete");
+  return std::nullopt;
 }
 
 std::optional<URL> AppRestarter::findApp(const URL& downloadLocation) {

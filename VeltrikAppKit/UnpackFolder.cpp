@@ -1,5 +1,7 @@
 #include "VeltrikAppKit/UnpackFolder.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <set>
 #include <string_view>
@@ -30,7 +32,30 @@ std::set<std::string> applicationNames(const URL& archiveURL) {
   return names;
 }
 
+/// The tool writes such a name as it is; others it decodes in its own way, or makes harmless.
+bool isPlain(const std::string& path) {
+  const bool isASCII = std::ranges::all_of(path, [](char c) { return c >= ' ' && c <= '~' && c != '\\'; });
+  return isASCII && !path.starts_with('/') && path.find("..") == std::string::npos;
+}
+
+bool isUnpacked(const Entry& entry, const URL& folder) {
+  const std::string path = folder.path() + "/" + entry.path();
+  struct stat item {};
+  if (lstat(path.c_str(), &item) != 0) return false;
+  if (entryType(item.st_mode) != entry.type()) return false;
+  return entry.type() == Entry::EntryType::directory || item.st_size == entry.uncompressedSize();
+}
+
 }  // namespace
+
+bool UnpackFolder::isComplete() const {
+  const auto archive = Archive::open(archive_);
+  if (!archive) return true;
+  const URL folder = archive_.deletingLastPathComponent();
+  for (const Entry& entry : *archive)
+    if (isPlain(entry.path()) && !isUnpacked(entry, folder)) return false;
+  return true;
+}
 
 bool UnpackFolder::clearFor(const URL& installed) const {
   const platform::FileManager files;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -32,6 +33,7 @@ namespace {
 namespace filesystem = std::filesystem;
 
 constexpr std::size_t kLongestCommandStart = 2 * 4096;
+constexpr std::string_view kSessionBus = "DBUS_SESSION_BUS_ADDRESS=";
 constexpr int kParentField = 4 - 3;  ///< fields of "stat" are counted from 1; those behind the name begin with the 3rd
 constexpr int kStartTimeField = 22 - 3;
 
@@ -104,6 +106,19 @@ std::vector<filesystem::path> programsOf(const filesystem::path& entry) {
   return programs;
 }
 
+/// Which desktop a process belongs to: the address of its session bus as it was started with, empty for none.
+std::string desktopOf(const filesystem::path& entry) {
+  std::ifstream variables(entry / "environ", std::ios::binary);
+  for (std::string variable; std::getline(variables, variable, '\0');)
+    if (variable.starts_with(kSessionBus)) return variable.substr(kSessionBus.size());
+  return {};
+}
+
+std::string ownDesktop() {
+  const char* const address = std::getenv(std::string(kSessionBus.substr(0, kSessionBus.size() - 1)).c_str());
+  return address ? address : "";
+}
+
 class Table {
  public:
   explicit Table(filesystem::path path) : path_(std::move(path)) {}
@@ -129,7 +144,7 @@ class Table {
       const Bundle* const bundle = bundleOf(program);
       if (!bundle) continue;
       const auto birth = birthOf(entry);
-      if (!birth) return std::nullopt;
+      if (!birth || desktopOf(entry) != desktop_) return std::nullopt;
       return Listed{{*id, birth->startTime, bundle->path(), bundle->bundleIdentifier()}, birth->parent};
     }
     return std::nullopt;
@@ -152,6 +167,7 @@ class Table {
   }
 
   filesystem::path path_;
+  std::string desktop_ = ownDesktop();
   std::map<filesystem::path, std::shared_ptr<const Bundle>> bundles_;
 };
 

@@ -24,8 +24,9 @@ struct PLATFORM_EXPORT ApplicationProcess {
   std::filesystem::path bundle;
   std::string bundleIdentifier;
 
-  /// Those that run now, by number. A process whose parent runs the same bundle is a part of that application and left
-  /// out. `table` is the kernel's process table. Any thread.
+  /// Those that run now on this desktop, which is to say with this process's session bus, by number. A process whose
+  /// parent runs the same bundle is a part of that application and left out. `table` is the kernel's process table. Any
+  /// thread.
   static std::vector<ApplicationProcess> all(const std::filesystem::path& table = "/proc");
   /// Starts the bundle's executable on its own, with "/" as working folder. Throws `CocoaError`. Any thread.
   static ApplicationProcess launch(const Bundle& bundle, std::vector<std::string> arguments);

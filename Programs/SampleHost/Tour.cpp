@@ -47,6 +47,8 @@ const std::vector<Tour::Scene>& Tour::scenes() {
       {"People are searched by name", &Tour::search},
       {"The user is there or not, the screens are on or not", &Tour::presence},
       {"Notifications between processes", &Tour::notifications},
+      {"The web-view companion is asked for", &Tour::companion},
+      {"An update is asked for", &Tour::update},
       {"The dock menu opens the main window", &Tour::dockMenu},
       {"The application is opened again", &Tour::reopen},
       {"The application terminates", &Tour::terminate},

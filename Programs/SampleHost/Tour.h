@@ -54,6 +54,10 @@ class Tour {
   void reopen();
   void terminate();
 
+  // Other programs (TourCompanion.cpp).
+  void companion();
+  void update();
+
   veltrik::VeltrikAppKitWindowHelperProtocol& main();
   std::shared_ptr<platform::NSWindow> mainWindow() const;
   std::string lastMessage() const;

@@ -183,6 +183,8 @@ class TableTest : public testing::Test {
     for (int field = 5; field < 22; ++field) fields += " 0";
     writeText(entry / "stat", fields + " " + std::to_string(id * 10) + " 0 0\n");
     std::filesystem::create_symlink(program, entry / "exe");
+    const char* const bus = getenv("DBUS_SESSION_BUS_ADDRESS");
+    writeText(entry / "environ", bus ? std::string("A=b\0DBUS_SESSION_BUS_ADDRESS=", 29) + bus : "A=b");
   }
   std::vector<ApplicationProcess> listed() const { return ApplicationProcess::all(folder.path()); }
 
@@ -202,6 +204,8 @@ TEST_F(TableTest, ListsWhatRunsABundlesExecutable) {
   add(15, 1, "/bin/dash", "/bin/sh");
   add(16, 1, "/nowhere/B.app/Contents/Linux/B");
   add(17, 1, "/bin/dash", std::string(100'000, 'x'));
+  add(19, 1, program);
+  writeText(folder / "19/environ", std::string("DBUS_SESSION_BUS_ADDRESS=of another desktop\0", 44));
   writeText(folder / "18/stat", "18 (torn");
   std::filesystem::create_symlink(program, folder / "18/exe");
   writeText(folder / "uptime", "1 2");

@@ -144,12 +144,19 @@ class Companion(InstalledCase):
 
     def drag_host_to(self, x, y):
         left, top, *_ = self.host_geometry()
-        grip = (left + 220, top + 20)
-        run("xdotool", "mousemove", *grip, "mousedown", 1, "mousemove", grip[0] + 3, grip[1] + 3)
-        run("xdotool", "mousemove", (grip[0] + x - left) // 2 + grip[0] // 2, (grip[1] + y - top) // 2 + grip[1] // 2)
-        run("xdotool", "mousemove", grip[0] + x - left, grip[1] + y - top)
-        self.until(lambda: abs(self.host_geometry()[0] - x) < 4, "the host's window is dragged")
-        run("xdotool", "mouseup", 1)
+        grip = (left + 300, top + 40)
+        run("xdotool", "mousemove", *grip, "mousedown", 1)
+        steps = iter(range(1, 1000))
+
+        def arrived():
+            part = min(1, next(steps) / 10)
+            run("xdotool", "mousemove", grip[0] + round(part * (x - left)), grip[1] + round(part * (y - top)))
+            return part == 1 and abs(self.host_geometry()[0] - x) <= 8
+
+        try:
+            self.until(arrived, "the host's window is dragged")
+        finally:
+            run("xdotool", "mouseup", 1)
 
 
 class Update(InstalledCase):

@@ -69,7 +69,9 @@ class TestHost final : public VeltrikAppKitDelegateProtocol, public HostRecord {
     feedback = json;
     told("handleWebViewFeedBackWithUserInfo");
   }
-  void webViewDownloadCompletedWithResult(bool) override { told("webViewDownloadCompletedWithResult"); }
+  void webViewDownloadCompletedWithResult(bool result) override {
+    told("webViewDownloadCompletedWithResult", result ? " true" : " false");
+  }
 };
 
 /// One of the messenger's windows, as its helper knows it; the answers are the test's to set.
