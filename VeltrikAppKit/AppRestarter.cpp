@@ -39,10 +39,10 @@ std::optional<URL> locationFrom(const std::string& text) {
   return url && url->isFileURL() ? url : std::nullopt;
 }
 
-std::string textualForm(const std::vector<std::string>& texts) {
+std::string listForm(const std::vector<std::string>& texts) {
   platform::Value::Array values(texts.begin(), texts.end());
   if (values.empty()) values.emplace_back("none");
-  return veltrik::textualForm(values);
+  return textualListForm(values);
 }
 
 bool isUTF8(std::string_view text) {
@@ -109,7 +109,7 @@ void AppRestarter::unzipDownloadedFile(const URL& downloadLocation, Unpacked com
 
 void AppRestarter::runProcess(Process& process, Ran completion) {
   NSLog("[Mirelo AppRestarter] process start launchPath = " + process.launchPath());
-  NSLog("[Mirelo AppRestarter] process start arguments = " + textualForm(process.arguments()));
+  NSLog("[Mirelo AppRestarter] process start arguments = " + listForm(process.arguments()));
   process.captureStandardOutput(kMostUnzipOutput);
   std::optional<std::string> output;
   if (!ranToItsEnd(process)) {
@@ -183,7 +183,7 @@ void AppRestarter::relaunch(const std::string& bundlePath, const std::string& re
   process.setLaunchPath(kOpen);
   process.setArguments(
       {relauncherFolder + "MireloRelauncher.app", "--args", "-t", bundlePath, "-pid", std::to_string(getpid())});
-  logRestarter("relaunch> will open MireloRelauncher.app arguments = " + textualForm(process.arguments()));
+  logRestarter("relaunch> will open MireloRelauncher.app arguments = " + listForm(process.arguments()));
   startOnItsOwn(process);
 }
 

@@ -70,7 +70,7 @@ std::string textualForm(const Dictionary& dictionary) {
   return Form()(dictionary);
 }
 
-std::string textualForm(const Value::Array& array) {
+std::string textualListForm(const Value::Array& array) {
   return Form()(array);
 }
 

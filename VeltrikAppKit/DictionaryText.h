@@ -13,7 +13,7 @@ namespace veltrik {
 std::string textualForm(const platform::Dictionary& dictionary);
 
 /// An array in the same way.
-std::string textualForm(const platform::Value::Array& array);
+std::string textualListForm(const platform::Value::Array& array);
 
 /// A dictionary as pretty-printed JSON text (UTF-8); nothing for one that JSON can't hold: a number that isn't finite.
 std::optional<std::string> jsonString(const platform::Dictionary& dictionary);

@@ -16,7 +16,7 @@ namespace filesystem = std::filesystem;
 using fault::Injection;
 using testing::Contains;
 
-constexpr long kUsualStride = 17;
+constexpr long kUsualStride = 79;
 
 struct Failure {
   int number;
@@ -27,8 +27,15 @@ std::vector<long> movingCalls() {
   return {SYS_rename, SYS_renameat, SYS_renameat2, SYS_copy_file_range, SYS_ioctl};
 }
 
+/// A descriptor is closed even where closing fails, which leaving out the call would not show.
+std::vector<long> realCalls() {
+  auto calls = fault::allFileCalls();
+  std::erase(calls, SYS_close);
+  return calls;
+}
+
 constexpr Failure kFailures[] = {{ENOSPC, fault::creatingCalls},
-                                 {EIO, fault::allFileCalls},
+                                 {EIO, realCalls},
                                  {EACCES, fault::changingCalls},
                                  {EXDEV, movingCalls},
                                  {EROFS, fault::changingCalls}};

@@ -12,7 +12,7 @@ namespace filesystem = std::filesystem;
 using fault::Injection;
 
 /// Every how many-th call is tried unless all are wanted.
-constexpr long kUsualStride = 29;
+constexpr long kUsualStride = 53;
 
 class KilledUpdate : public StoppedUpdate {
  protected:
