@@ -115,6 +115,7 @@ void NSApplication::sendEvent(const EventPointer& event) {
   requireMainThread("NSApplication::sendEvent");
   if (!event) return;
   currentEvent_ = event;
+  if (refuseInput(event)) return;
   if (const EventPointer left = runMonitors(event)) dispatch(left);
 }
 

@@ -39,7 +39,7 @@ void NSWindow::performDrag(const EventPointer& event) {
   const auto alive = self();
   const bool fromPress =
       event && (event->type == EventType::leftMouseDown || event->type == EventType::leftMouseDragged);
-  if (closed_ || !movable_ || !fromPress) return;
+  if (closed_ || !movable_ || isSheet() || !fromPress) return;
   const auto left = hasLeftScreen();
   tell(&NSWindowDelegate::windowWillMove);
   if (left() || !movable_) return;

@@ -106,7 +106,10 @@ void NSWindow::applyFrame(const Rect& frame, bool reported) {
   }
   for (const FrameChange& change : changes) {
     if (change.moved && !change.window->closed_) change.window->tell(&NSWindowDelegate::windowDidMove);
-    if (change.resized && !change.window->closed_) change.window->tell(&NSWindowDelegate::windowDidResize);
+    if (!change.resized || change.window->closed_) continue;
+    change.window->hangSheet();
+    if (change.window->parent_ && change.window->isSheet()) change.window->parent_->hangSheet();
+    change.window->tell(&NSWindowDelegate::windowDidResize);
   }
 }
 

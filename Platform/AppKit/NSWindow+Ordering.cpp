@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "Platform/AppKit/NSAnimation.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSTextInputClient.h"
 #include "Platform/AppKit/NSThemeFrame.h"
@@ -103,11 +104,11 @@ bool NSWindow::isMainWindow() const {
 }
 
 bool NSWindow::canBecomeKey() const {
-  return !closed_ && (styleMask_ & (StyleMask::kTitled | StyleMask::kResizable)) != 0;
+  return !closed_ && (isSheet() || (styleMask_ & (StyleMask::kTitled | StyleMask::kResizable)) != 0);
 }
 
 bool NSWindow::canBecomeMain() const {
-  return visible_ && canBecomeKey();
+  return visible_ && !isSheet() && canBecomeKey();
 }
 
 std::size_t NSWindow::orderedIndex() const {
@@ -130,6 +131,18 @@ int NSWindow::effectiveLevel() const {
 }
 
 void NSWindow::setAlphaValue(double alpha) {
+  fade_.reset();
+  applyAlphaValue(alpha);
+}
+
+void NSWindow::animateAlphaValue(double alpha, double duration) {
+  if (closed_) return;
+  fade_ = std::make_unique<NSAnimation>(duration, [this, from = alpha_, change = alpha - alpha_](double progress) {
+    applyAlphaValue(from + change * progress);
+  });
+}
+
+void NSWindow::applyAlphaValue(double alpha) {
   alpha_ = std::clamp(alpha, 0.0, 1.0);
   updateSurface();
 }
