@@ -124,6 +124,8 @@ void DesktopSurface::tellCaret() {
 }
 
 void DesktopSurface::show() {
+  // The window manager minimises what belongs to a window together with it; hidden since, it comes back as it was.
+  if (std::exchange(minimised_, false)) window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
   window_->setVisible(true);
   // The window manager forgets these when a window is hidden, and the toolkit writes some of them anew.
   window_->setGeometry(requested_);

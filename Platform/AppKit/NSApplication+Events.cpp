@@ -121,8 +121,7 @@ void NSApplication::sendEvent(const EventPointer& event) {
 
 void NSApplication::dispatch(const EventPointer& event) {
   const auto window = event->isKey() ? keyWindow() : windowWithNumber(event->windowNumber);
-  const auto modal = modalWindow();
-  if (!window || (modal && window != modal && !modal->isAncestorOf(*window))) return;
+  if (!window) return;
   constexpr std::uint64_t kShortcutModifiers = ModifierFlag::kCommand | ModifierFlag::kControl;
   if (event->type == EventType::keyDown && (event->modifierFlags & kShortcutModifiers) &&
       window->performKeyEquivalent(event))

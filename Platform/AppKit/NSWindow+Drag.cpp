@@ -54,6 +54,11 @@ void NSWindow::moveByModel(const EventPointer& event, bool movedByMachine, const
     explicit Change(int& changes) : depth(changes) { ++depth; }
     ~Change() { --depth; }
   };
+  struct ByMachine {
+    bool& flag;
+    ByMachine(bool& moved, bool is) : flag(moved) { flag = is; }
+    ~ByMachine() { flag = false; }
+  } byMachine(movedByMachine_, movedByMachine);
   NSApplication& application = NSApplication::shared();
   const auto onScreen = [&](const NSEvent& each) {
     return each.locationOnScreen.value_or(convertPointToScreen(each.locationInWindow));

@@ -117,7 +117,9 @@ void NSWindow::surfaceFrameChanged(const Rect& frame) {
   // While the model moves the window itself, what the machine reports is a step that lies behind.
   if (userChangesFrame_ > 0) return;
   const auto alive = self();
-  applyFrame(frame, true);
+  const bool isMove = frame.size() == frame_.size() && frame.origin() != frame_.origin();
+  if (isMove && !movedByMachine_) tell(&NSWindowDelegate::windowWillMove);
+  if (!closed_) applyFrame(frame, true);
 }
 
 void NSWindow::setContentSize(Size size) {

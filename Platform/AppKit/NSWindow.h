@@ -179,6 +179,8 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   /// The window that this one is a sheet of, attached or waiting.
   NSWindow* sheetParent() const { return sheetParent_; }
   bool isSheet() const { return sheetParent_ != nullptr; }
+  /// A sheet is on its way out of the title bar.
+  bool isSlidingIn() const { return revealed_ < 1; }
   /// A sheet or a modal session keeps the user's input from this window.
   bool isInputBlocked() const;
 
@@ -262,6 +264,7 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   void showChildren();
   void hideChildren();
   void changeMiniaturized(bool miniaturized, bool reported);
+  bool isOvertaken(bool minimised);
   void keyChanged(bool key);
   int effectiveLevel() const;
   NSWindow& familyRoot();
@@ -326,10 +329,16 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   Size minSize_;
   std::string frameAutosaveName_;
   std::shared_ptr<NSWindowController> controller_;
-  int userChangesFrame_ = 0;  ///< the model moves or resizes with the pointer: saved at the end, reports are older
+  bool movedByMachine_ = false;  ///< in a drag that the machine does
+  int userChangesFrame_ = 0;     ///< the model moves or resizes with the pointer: saved at the end, reports are older
 
   bool visible_ = false;
   bool miniaturized_ = false;
+  struct MinimiseRequest {
+    bool minimised;
+    double at;
+  };
+  std::deque<MinimiseRequest> minimiseRequests_;  ///< not yet confirmed by the machine
   bool zoomed_ = false;
   bool hiddenWithParent_ = false;
   bool closing_ = false;

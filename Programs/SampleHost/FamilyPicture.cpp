@@ -10,6 +10,9 @@ using platform::Rect;
 
 namespace {
 
+/// What lies behind the windows.
+constexpr std::uint32_t kDesktop = 0xFFB9C0CC;
+
 Rect united(const Rect& a, const Rect& b) {
   const double x = std::min(a.x, b.x), y = std::min(a.y, b.y);
   return {x, y, std::max(a.maxX(), b.maxX()) - x, std::max(a.maxY(), b.maxY()) - y};
@@ -49,7 +52,7 @@ std::optional<Bitmap> picturedTogether(const std::vector<std::shared_ptr<platfor
   const double scale = pictures.front().scale;
   Bitmap all{
       static_cast<int>(std::ceil(area.width * scale)), static_cast<int>(std::ceil(area.height * scale)), scale, {}};
-  all.pixels.resize(static_cast<std::size_t>(all.width) * static_cast<std::size_t>(all.height));
+  all.pixels.assign(static_cast<std::size_t>(all.width) * static_cast<std::size_t>(all.height), kDesktop);
   for (std::size_t i = 0; i < pictures.size(); ++i) {
     const Rect frame = backToFront[i]->frame();
     paint(all, pictures[i], static_cast<int>(std::lround((frame.x - area.x) * scale)),

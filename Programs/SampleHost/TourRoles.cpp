@@ -12,9 +12,6 @@ using platform::Value;
 
 namespace {
 
-/// Below the host's own title bar.
-constexpr double kSheetMargin = 52;
-
 Value edges(std::initializer_list<int> numbers) {
   Value::Array array;
   for (const int number : numbers) array.push_back(number);
@@ -46,19 +43,20 @@ void Tour::attachedWindows() {
   Answers& answers = host_.answers();
   const struct {
     const char* name;
+    const char* heading;
     Value edges;
     Rect frame;
     std::vector<std::string> lines;
-  } cards[] = {{"notes", edges({2, 1}), {0, 0, 230, 180}, {"회의는 오후 3시", "배포는 금요일"}},
-               {"members", edges({2, 3}), {0, 0, 230, 240}, {"서연", "도윤", "하준", "지우"}},
-               {"files", edges({0, 1}), {0, 0, 130, 180}, {"디자인.pdf", "일정.txt"}}};
+  } cards[] = {{"notes", "메모", edges({2, 1}), {0, 0, 230, 180}, {"회의는 오후 3시", "배포는 금요일"}},
+               {"members", "멤버", edges({2, 3}), {0, 0, 230, 240}, {"서연", "도윤", "하준", "지우"}},
+               {"files", "파일", edges({0, 1}), {0, 0, 130, 180}, {"디자인.pdf", "일정.txt"}}};
   std::vector<std::shared_ptr<NSWindow>> family{mainWindow()};
   for (const auto& card : cards) {
     const std::string delegate = std::string("window:") + card.name;
     answers.set(delegate, "initialAttachmentsEdge", card.edges);
     answers.set(delegate, "parentWindowHelper", "window:main");
     answers.set(delegate, "showOnlyCloseButton", true);
-    family.push_back(openCard(card.name, card.frame, std::make_shared<CardScene>(card.name, card.lines, 29)));
+    family.push_back(openCard(card.name, card.frame, std::make_shared<CardScene>(card.heading, card.lines, 29)));
   }
   const Rect frame = mainWindow()->frame();
   transcript_.expect("4 points to the right, the tops level", Point{frame.maxX() + 4, frame.maxY() - 180},
@@ -101,7 +99,6 @@ void Tour::popover() {
 }
 
 void Tour::sheet() {
-  main().setSheetWindowTopMargin(kSheetMargin);
   const auto window = openCard(
       "invite", {0, 0, 320, 150},
       std::make_shared<CardScene>(
@@ -109,12 +106,12 @@ void Tour::sheet() {
   const HelperPointer helper = host_.helperOf("invite");
   helper->convertAsSheetWindowWithParentWindowHelper(host_.helperOf("main"));
   const Rect frame = mainWindow()->frame();
-  transcript_.expect("it hangs below the host's title bar",
-                     Rect(frame.x + (frame.width - 320) / 2, frame.maxY() - kSheetMargin - 150, 320, 150),
-                     window->frame());
+  transcript_.expect("it hangs below the title bar",
+                     Rect(frame.x + (frame.width - 320) / 2, frame.maxY() - 29 - 150, 320, 150), window->frame());
   transcript_.expect("it is a sheet", true, helper->isSheetWindow());
   transcript_.expect("it has the keyboard", true, helper->isKeyNSWindow());
   transcript_.expect("its parent stays main", true, main().isMainNSWindow());
+  transcript_.expectTrue("it slides in", wait([&] { return !window->isSlidingIn(); }));
   pictureOfFamily("sheet", {mainWindow(), window});
   helper->closeSheetWindow();
   transcript_.expect("it closes", true, window->isClosed());
