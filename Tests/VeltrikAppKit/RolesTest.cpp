@@ -263,6 +263,7 @@ TEST_F(RolesTest, ASheetHangsBelowTheTopOfItsParent) {
     SCOPED_TRACE(row.name);
     const auto main = showAt("main", {200, 200, 400, 300});
     const auto parent = row.onPopover ? showPopover(main) : main;
+    parent.helper()->setCloseWithResignMainWindow(false);
     parent.helper()->setSheetWindowTopMargin(row.margin);
     const auto sheet = showAt("sheet", {0, 0, 60, 40});
     sheet.helper()->convertAsSheetWindowWithParentWindowHelper(parent.helper());
@@ -274,6 +275,7 @@ TEST_F(RolesTest, ASheetHangsBelowTheTopOfItsParent) {
     EXPECT_FALSE(parent.native->titlebarAppearsTransparent());
     EXPECT_FALSE(parent.native->isTitleHidden());
     EXPECT_TRUE(sheet.helper()->isKeyNSWindow());
+    sheet.helper()->closeSheetWindow();
     main.helper()->closeWindow();
     EXPECT_TRUE(sheet.native->isClosed());
   }
@@ -339,6 +341,7 @@ TEST_F(RolesTest, WithoutASheetNothingEnds) {
 TEST_F(RolesTest, ASheetOutlivesItsParentsHelper) {
   const auto main = show("main"), sheet = show("sheet");
   sheet.helper()->convertAsSheetWindowWithParentWindowHelper(main.helper());
+  desktop.settle();  // what is still to be posted holds the helper
   main.host->helper = nullptr;
   sheet.helper()->closeSheetWindow();
   EXPECT_TRUE(sheet.native->isClosed());
