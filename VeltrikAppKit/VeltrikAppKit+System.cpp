@@ -1,10 +1,11 @@
 #include "Platform/AppKit/NSDockTile.h"
+#include "Platform/AppKit/NSRunningApplication.h"
 #include "Platform/AppKit/NSWorkspace.h"
 #include "Platform/Foundation/CocoaError.h"
 #include "Platform/Foundation/Log.h"
 #include "Platform/Foundation/LoginItem.h"
-#include "VeltrikAppKit/Unavailable.h"
 #include "VeltrikAppKit/VeltrikAppKit.h"
+#include "VeltrikAppKit/VeltrikStatusBarItem.h"
 
 namespace veltrik {
 
@@ -23,9 +24,9 @@ std::string withoutFileScheme(std::string text) {
 
 }  // namespace
 
-std::shared_ptr<VeltrikStatusBarItemProtocol> VeltrikAppKit::createStatusBarItemWithImageName(const std::string&) {
-  logUnavailable("createStatusBarItemWithImageName");
-  return nullptr;
+std::shared_ptr<VeltrikStatusBarItemProtocol> VeltrikAppKit::createStatusBarItemWithImageName(
+    const std::string& imageName) {
+  return std::make_shared<VeltrikStatusBarItem>(imageName);
 }
 
 void VeltrikAppKit::setBadgeLabel(const std::optional<std::string>& label) {
@@ -48,8 +49,8 @@ void VeltrikAppKit::setAutoLaunchApp(bool enabled) {
   }
 }
 
-bool VeltrikAppKit::isAppRunningWith(const std::string&) const {
-  return false;
+bool VeltrikAppKit::isAppRunningWith(const std::string& bundleIdentifier) const {
+  return !platform::NSRunningApplication::runningApplications(bundleIdentifier).empty();
 }
 
 }  // namespace veltrik

@@ -19,6 +19,7 @@
 #include "Backends/Desktop/DesktopLoop.h"
 #include "Backends/Desktop/DesktopPresence.h"
 #include "Backends/Desktop/DesktopText.h"
+#include "Backends/Desktop/DesktopTray.h"
 #include "Backends/Desktop/DesktopWindowHost.h"
 #include "Backends/Desktop/SessionBus.h"
 
@@ -86,6 +87,7 @@ struct DesktopBackend::Parts {
       : application(options.identifier),
         windows(options.identifier),
         dock(bus, options.identifier),
+        tray(options.identifier),
         folders(userFolders()) {}
 
   Application application;
@@ -101,6 +103,7 @@ struct DesktopBackend::Parts {
   DesktopFileOpener fileOpener{bus};
   DesktopFileIcons fileIcons;
   DesktopPresence presence{bus};
+  DesktopTray tray;
   platform::port::Folders folders;
 };
 
@@ -154,6 +157,10 @@ platform::port::FileOpener* DesktopBackend::fileOpener() {
 
 platform::port::FileIcons* DesktopBackend::fileIcons() {
   return &parts_->fileIcons;
+}
+
+platform::port::Tray* DesktopBackend::tray() {
+  return &parts_->tray;
 }
 
 const platform::port::Folders& DesktopBackend::folders() const {

@@ -34,6 +34,7 @@ class DesktopBackend final : public platform::port::Backend {
   platform::port::FileOpener* fileOpener() override;
   platform::port::FileIcons* fileIcons() override;
   platform::port::Presence* presence() override;
+  platform::port::Tray* tray() override;
   const platform::port::Folders& folders() const override;
 
  private:

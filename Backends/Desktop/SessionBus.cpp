@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "Platform/Foundation/Log.h"
+
 namespace desktop {
 
 namespace {
@@ -84,7 +86,11 @@ SessionBus::~SessionBus() {
 
 void SessionBus::connect() {
   sd_bus* opened = nullptr;
-  if ((kind_ == Kind::user ? sd_bus_open_user(&opened) : sd_bus_open_system(&opened)) < 0) return scheduleConnection();
+  if ((kind_ == Kind::user ? sd_bus_open_user(&opened) : sd_bus_open_system(&opened)) < 0) {
+    if (kind_ == Kind::user && patience_ == kFirstPatience)
+      platform::NSLog("There is no session bus; it is looked for now and then");
+    return scheduleConnection();
+  }
   bus_.reset(opened);
   sd_bus_set_exit_on_disconnect(opened, 0);
   // Those who observe are gone before the bus is, which still reads while it sends its rest.
@@ -138,7 +144,7 @@ void SessionBus::onConnection(std::function<void()> setUp) {
 }
 
 void SessionBus::watchOwner(const std::string& name, OwnerWatcher watcher) {
-  watched_.push_back({name, {}, std::move(watcher)});
+  watched_.push_back({name, {}, false, std::move(watcher)});
   if (!bus_) return;
   observeOwner(watched_.back());
   updateWatch();
@@ -159,15 +165,16 @@ void SessionBus::observeOwner(Watched& watched) {
   sd_bus_add_match_async(bus_.get(), nullptr, rule.c_str(), changed, nullptr, this);
   const BusMessage question = newCall(kBusName, kBusPath, kBusName, "GetNameOwner");
   if (!question || sd_bus_message_append(question.get(), "s", watched.name.c_str()) < 0) return;
-  call(question, kOwnerPatience, [this, name = watched.name](const Reply& reply) {
-    if (reply.succeeded) ownerChanged(name, reply.text);
+  call(question, kOwnerPatience, [this, &watched](const Reply& reply) {
+    if (reply.succeeded || !watched.isKnown) ownerChanged(watched.name, reply.text);
   });
 }
 
 void SessionBus::ownerChanged(const std::string& name, const std::string& owner) {
   for (Watched& watched : watched_) {
-    if (watched.name != name || watched.owner == owner) continue;
+    if (watched.name != name || (watched.isKnown && watched.owner == owner)) continue;
     watched.owner = owner;
+    watched.isKnown = true;
     deliver([&watched, owner] { watched.watcher(owner); });
   }
 }

@@ -79,6 +79,7 @@ class SessionBus {
   struct Watched {
     std::string name;
     std::string owner;
+    bool isKnown;
     OwnerWatcher watcher;
   };
   struct PendingCall;

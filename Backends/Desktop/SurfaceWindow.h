@@ -27,8 +27,6 @@ class SurfaceWindow final : public QWindow {
   platform::port::SurfaceSink* sink() const { return sink_; }
 
   void setLook(bool transparent, double cornerRadius);
-  /// Cuts the window off below this part of its height.
-  void setRevealed(double part);
   void invalidate(const QRect& dirty);
   std::optional<platform::Bitmap> snapshot();
   /// Reports that the left button came up, unless it is known to be up.
@@ -57,7 +55,6 @@ class SurfaceWindow final : public QWindow {
   QRegion dirty_;
   bool transparent_ = false;
   double cornerRadius_ = 0;
-  double revealed_ = 1;
   bool leftDown_ = false;
 };
 

@@ -11,6 +11,7 @@
 #include "Backends/Headless/HeadlessLoop.h"
 #include "Backends/Headless/HeadlessPresence.h"
 #include "Backends/Headless/HeadlessText.h"
+#include "Backends/Headless/HeadlessTray.h"
 #include "Backends/Headless/HeadlessUser.h"
 #include "Backends/Headless/HeadlessWindowHost.h"
 #include "Backends/Headless/Journal.h"
@@ -20,7 +21,7 @@ namespace headless {
 
 struct HeadlessOptions {
   bool hasBroadcast = true;
-  bool hasShell = true;  ///< a dock, a file manager, an icon theme
+  bool hasShell = true;  ///< a dock, a file manager, an icon theme, a status bar
 };
 
 /// A desktop in memory: the same every time, with a clock of its own, a user that does what a test says, and a journal
@@ -50,6 +51,7 @@ class HeadlessBackend final : public platform::port::Backend {
   HeadlessFileOpener* fileOpener() override { return options_.hasShell ? &fileOpener_ : nullptr; }
   HeadlessFileIcons* fileIcons() override { return options_.hasShell ? &fileIcons_ : nullptr; }
   HeadlessPresence* presence() override { return &presence_; }
+  HeadlessTray* tray() override { return options_.hasShell ? &tray_ : nullptr; }
   /// Empty folders of this back end alone, removed with it.
   const platform::port::Folders& folders() const override { return folders_; }
 
@@ -78,6 +80,7 @@ class HeadlessBackend final : public platform::port::Backend {
   HeadlessFileOpener fileOpener_{loop_, journal_, faults_};
   HeadlessFileIcons fileIcons_;
   HeadlessPresence presence_{loop_, faults_};
+  HeadlessTray tray_{loop_, journal_};
   HeadlessInputMethod inputMethod_{windows_, journal_};
   HeadlessUser user_{loop_, windows_, inputMethod_, presence_};
   platform::port::Folders folders_;

@@ -29,22 +29,13 @@ void NSApplication::activate(bool /*ignoringOtherApps*/) {
     becomeActive();
 }
 
-void NSApplication::focus(NSWindow& wanted) {
-  if (!wanted.visible_) return;
-  NSWindow& window = inputTarget(wanted);
+void NSApplication::focus(NSWindow& window) {
   if (!window.visible_ || !window.canBecomeKey()) return;
   if (active_ && key_ == &window && (activeSurface_ == &window || pendingSurface_ == &window)) return;
   const bool wasActive = std::exchange(active_, true);
   requestActivation(window);
-  changeFocus(&window, mainFor(window));
+  changeFocus(&window, window.canBecomeMain() ? &window : main_);
   if (!wasActive && active_) NotificationCenter::defaultCenter().post({kApplicationDidBecomeActive, this, {}});
-}
-
-/// The main window while `key` is key: a sheet leaves that to the window it hangs from.
-NSWindow* NSApplication::mainFor(NSWindow& key) const {
-  NSWindow* window = &key;
-  while (window->sheetParent_) window = window->sheetParent_;
-  return window->canBecomeMain() ? window : main_;
 }
 
 void NSApplication::focusMain(NSWindow& window) {
@@ -55,11 +46,9 @@ void NSApplication::passFocusOn() {
   const auto next = [&](NSWindow* present, bool (NSWindow::*canBecome)() const) -> NSWindow* {
     if (present && present->visible_) return present;
     if (!active_) return nullptr;
-    // A panel or a sheet that goes leaves the keyboard to the main window.
-    if (main_ && main_->visible_ && (main_->*canBecome)()) return &inputTarget(*main_);
     const auto heir =
         std::find_if(ordered_.begin(), ordered_.end(), [&](NSWindow* each) { return (each->*canBecome)(); });
-    return heir == ordered_.end() ? nullptr : &inputTarget(**heir);
+    return heir == ordered_.end() ? nullptr : *heir;
   };
   NSWindow* key = next(key_, &NSWindow::canBecomeKey);
   NSWindow* main = next(main_, &NSWindow::canBecomeMain);
@@ -127,16 +116,11 @@ void NSApplication::surfaceActivated(NSWindow& window, bool active) {
   if (pendingSurface_ != &window && activationPending()) return;
   pendingSurface_ = nullptr;
   if (refusalTimer_) refusalTimer_->invalidate();
-  if (!window.visible_ || !window.canBecomeKey()) return;
-  if (&inputTarget(window) != &window) {
-    placeFamily(window, WindowOrdering::above, nullptr);
-    return focus(window);
-  }
-  if (key_ == &window) return;
+  if (key_ == &window || !window.visible_ || !window.canBecomeKey()) return;
   window.activatedByMachineAt_ = RunLoop::main().now();
   placeFamily(window, WindowOrdering::above, nullptr);
   const bool wasActive = std::exchange(active_, true);
-  changeFocus(&window, mainFor(window));
+  changeFocus(&window, window.canBecomeMain() ? &window : main_);
   if (!wasActive && active_) NotificationCenter::defaultCenter().post({kApplicationDidBecomeActive, this, {}});
 }
 

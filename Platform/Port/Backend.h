@@ -12,6 +12,7 @@
 #include "Platform/Port/LoopDriver.h"
 #include "Platform/Port/Presence.h"
 #include "Platform/Port/Text.h"
+#include "Platform/Port/Tray.h"
 #include "Platform/Port/WindowHost.h"
 
 namespace platform::port {
@@ -40,6 +41,7 @@ class Backend {
   virtual FileOpener* fileOpener() { return nullptr; }
   virtual FileIcons* fileIcons() { return nullptr; }
   virtual Presence* presence() { return nullptr; }
+  virtual Tray* tray() { return nullptr; }
   virtual const Folders& folders() const = 0;
 };
 

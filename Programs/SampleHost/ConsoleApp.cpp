@@ -2,7 +2,6 @@
 
 #include "Programs/SampleHost/ConsoleTargets.h"
 #include "Programs/SampleHost/HostArguments.h"
-#include "VeltrikAppKit/Protocols/VeltrikStatusBarItemProtocol.h"
 
 namespace samplehost {
 
@@ -65,9 +64,7 @@ void addAlertsAndPanels(ConsoleCalls& calls) {
 
 void addServices(ConsoleCalls& calls) {
   using A = VeltrikAppKitProtocol;
-  calls.add("createStatusBarItemWithImageName", [](ConsoleContext& c, string image) {
-    return appKit(c).createStatusBarItemWithImageName(image) != nullptr;
-  });
+  calls.add("createStatusBarItemWithImageName", createStatusItem);
   calls.member("setBadgeLabel", appKit, &A::setBadgeLabel);
   calls.member("openFileAtPath", appKit, &A::openFileAtPath);
   calls.member("openInFinderAtPath", appKit, &A::openInFinderAtPath);

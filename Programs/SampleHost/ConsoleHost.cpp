@@ -40,6 +40,10 @@ void releaseHelper(ConsoleContext& context, const string& identifier) {
   context.host.window(identifier).helper.reset();
 }
 
+void releaseStatusItem(ConsoleContext& context, std::uint32_t number) {
+  context.host.statusItems().erase(std::to_string(number));
+}
+
 Value calls(ConsoleContext& /*context*/, const string& kind) {
   return Codec<std::vector<string>>::encode(callsOf(kind).names());
 }
@@ -53,6 +57,7 @@ ConsoleCalls hostCalls() {
   table.add("openChat", openChat);
   table.add("messages", messages);
   table.add("releaseHelper", releaseHelper);
+  table.add("releaseStatusItem", releaseStatusItem);
   table.add("calls", calls);
   addSearchCalls(table);
   return table;

@@ -16,19 +16,18 @@ ConsoleCalls desktopCalls() {
   addUserCalls(calls);
   addMachineCalls(calls);
   addPresenceCalls(calls);
+  addStatusBarCalls(calls);
   return calls;
 }
 
 const ConsoleCalls& callsOf(const std::string& kind) {
-  static const std::map<std::string, ConsoleCalls> tables = {{"app", appCalls()},
-                                                             {"window", windowCalls()},
-                                                             {"text", textCalls()},
-                                                             {"host", hostCalls()},
-                                                             {"desktop", desktopCalls()}};
+  static const std::map<std::string, ConsoleCalls> tables = {{"app", appCalls()},   {"window", windowCalls()},
+                                                             {"text", textCalls()}, {"status", statusCalls()},
+                                                             {"host", hostCalls()}, {"desktop", desktopCalls()}};
   const auto found = tables.find(kind);
   if (found == tables.end())
-    throw RequestError(
-        fmt::format("no target is called \"{}\"; there are app, window:ID, text:ID, host, desktop", kind));
+    throw RequestError(fmt::format(
+        "no target is called \"{}\"; there are app, window:ID, text:ID, status:NUMBER, host, desktop", kind));
   return found->second;
 }
 

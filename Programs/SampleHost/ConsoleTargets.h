@@ -31,19 +31,23 @@ struct ConsoleContext {
 
 using ConsoleCalls = CallTable<ConsoleContext>;
 
-/// One table a kind of target: "app", "window", "text", "host", "desktop".
+/// One table a kind of target: "app", "window", "text", "status", "host", "desktop".
 ConsoleCalls appCalls();
 ConsoleCalls windowCalls();
 ConsoleCalls textCalls();
+ConsoleCalls statusCalls();
 ConsoleCalls hostCalls();
 ConsoleCalls desktopCalls();
-/// Parts of "desktop": windows of the model, the simulated user and machine.
+/// Makes a status bar item that the host keeps; its number.
+std::int64_t createStatusItem(ConsoleContext& context, const std::string& imageName);
+/// Parts of "desktop": windows of the model, the simulated user and machine, the status bar.
 void addWindowCalls(ConsoleCalls& calls);
 void addUserCalls(ConsoleCalls& calls);
 void addMachineCalls(ConsoleCalls& calls);
 void addPresenceCalls(ConsoleCalls& calls);
 /// A part of "host".
 void addSearchCalls(ConsoleCalls& calls);
+void addStatusBarCalls(ConsoleCalls& calls);
 
 /// Throws RequestError for a name that no target has.
 const ConsoleCalls& callsOf(const std::string& kind);

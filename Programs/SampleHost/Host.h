@@ -14,6 +14,7 @@
 #include "Programs/SampleHost/WindowDelegate.h"
 #include "VeltrikAppKit/Protocols/VeltrikAppKitProtocol.h"
 #include "VeltrikAppKit/Protocols/VeltrikAppKitWindowHelperProtocol.h"
+#include "VeltrikAppKit/Protocols/VeltrikStatusBarItemProtocol.h"
 
 namespace samplehost {
 
@@ -42,6 +43,8 @@ class Host : public HostWindows {
   CompatibilityLayer& layer() { return layer_; }
   Answers& answers() { return answers_; }
   HostEvents& events() { return events_; }
+  /// By number, from 1 on.
+  std::map<std::string, std::shared_ptr<veltrik::VeltrikStatusBarItemProtocol>>& statusItems() { return statusItems_; }
 
   /// Has the window of this identifier bound when its native window appears; "uiKitBinding" is told then.
   void bind(const std::string& identifier);
@@ -58,6 +61,7 @@ class Host : public HostWindows {
   std::shared_ptr<ApplicationDelegate> applicationDelegate_;
   std::shared_ptr<AppDelegate> appDelegate_;
   std::map<std::string, HostWindow> windows_;
+  std::map<std::string, std::shared_ptr<veltrik::VeltrikStatusBarItemProtocol>> statusItems_;
 };
 
 }  // namespace samplehost

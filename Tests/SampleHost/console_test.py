@@ -80,7 +80,8 @@ class Manners(HeadlessCase):
 
     def test_every_member_of_the_boundary_is_reachable(self):
         for target, header in (("app", "VeltrikAppKitProtocol.h"), ("window", "VeltrikAppKitWindowHelperProtocol.h"),
-                               ("text", "VeltrikTextInputView.h")):
+                               ("text", "VeltrikTextInputView.h"),
+                               ("status", "VeltrikStatusBarItemProtocol.h")):
             with self.subTest(target):
                 self.assertEqual(members(header) - set(self.host.call("host", "calls", target)), set())
 

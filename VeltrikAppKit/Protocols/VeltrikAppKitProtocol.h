@@ -89,7 +89,7 @@ class VeltrikAppKitProtocol {
 
   // System services
 
-  /// A new item in the system's status bar; it is there as long as the host keeps the object. To come: null.
+  /// A new item in the system's status bar; it is there as long as the host keeps the object.
   virtual std::shared_ptr<VeltrikStatusBarItemProtocol> createStatusBarItemWithImageName(
       const std::string& imageName) = 0;
   /// The badge on the application's dock icon; nothing and an empty label clear it. Docks show a count only: a label
@@ -101,7 +101,7 @@ class VeltrikAppKitProtocol {
   virtual void openInFinderAtPath(const std::string& path) = 0;
   /// Starts the application at login, or no longer.
   virtual void setAutoLaunchApp(bool enabled) = 0;
-  /// Whether an application with this bundle identifier runs. To come: false.
+  /// Whether an application with this bundle identifier runs.
   virtual bool isAppRunningWith(const std::string& bundleIdentifier) const = 0;
   /// Installs a downloaded update and starts the relauncher; the host quits by itself.
   virtual void restartWithDownloadedUpdateFilePath(const std::string& path) = 0;

@@ -6,8 +6,8 @@
 
 namespace veltrik {
 
-/// An icon with a menu in the system's status bar; there while the host keeps the object. Main thread. To come: nothing
-/// makes such an object yet.
+/// An icon with a menu in the system's status bar; there while the host keeps the object. What
+/// changes is shown in the next turn of the main loop. Main thread.
 class VeltrikStatusBarItemProtocol {
  public:
   virtual ~VeltrikStatusBarItemProtocol() = default;
