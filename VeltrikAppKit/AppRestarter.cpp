@@ -150,7 +150,8 @@ void AppRestarter::installAndRestart(const URL& newBundle) {
   const URL installed = Bundle::main()->url();
   logRestarter("installAndRestart> installedAppBundle, backupPath = " + installed.absoluteString());
   const auto parsed = URL::fromString(installed.absoluteString());
-  if (!parsed) return logRestarter("installAndRestart> backupPath is not valid");
+  // A program outside a bundle has nothing that could be replaced; its "bundle" is the folder that it lies in.
+  if (!parsed || Bundle::main()->info().empty()) return logRestarter("installAndRestart> backupPath is not valid");
   const URL backup = parsed->appendingPathExtension("backup");
   const URL relauncherFolder = newBundle.deletingLastPathComponent();
   {

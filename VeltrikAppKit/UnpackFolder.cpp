@@ -63,7 +63,7 @@ bool UnpackFolder::clearFor(const URL& installed) const {
   std::vector<URL> earlier;
   for (const std::string& name : applicationNames(archive_)) {
     const URL item = folder.appendingPathComponent(name);
-    if (files.isSameItem(item, installed) || isContained(installed, item)) return false;
+    if (files.isDirectory(item) && (files.isSameItem(item, installed) || isContained(installed, item))) return false;
     if (files.isReachableItem(item)) earlier.push_back(item);
   }
   try {

@@ -99,6 +99,7 @@ void VeltrikAppKitWindowHelper::configure(NSWindow& window) {
     window.setButtonHidden(WindowButton::zoom, true);
     window.setButtonHidden(WindowButton::close, false);
   }
+  applyRole(*delegate);
   if (const auto color = delegate->customTitleBackgroundColor()) {
     window.setTitlebarAppearsTransparent(true);
     window.setTitleHidden(true);

@@ -143,6 +143,7 @@ void VeltrikAppKitWindowHelper::maximize() {
 void VeltrikAppKitWindowHelper::closeWindow() {
   const auto window = nsWindow();
   if (!window) return;
+  if (const auto sheet = window->attachedSheet()) window->endSheet(*sheet);
   closeChildWindows(*window);
   window->close();
 }
@@ -154,9 +155,20 @@ void VeltrikAppKitWindowHelper::closePopoverWindow() {
   window->close();
 }
 
-// No window becomes a sheet or has one before `convertAsSheetWindowWithParentWindowHelper` is there.
-void VeltrikAppKitWindowHelper::closeSheetWindow() {}
+void VeltrikAppKitWindowHelper::closeSheetWindow() {
+  const auto window = nsWindow();
+  NSWindow* parent = window ? window->sheetParent() : nullptr;
+  if (!parent) return;
+  parent->endSheet(*window);
+  window->close();
+}
 
-void VeltrikAppKitWindowHelper::closeChildAlert() {}
+void VeltrikAppKitWindowHelper::closeChildAlert() {
+  const auto window = nsWindow();
+  const auto sheet = window ? window->attachedSheet() : nullptr;
+  if (!sheet) return;
+  window->endSheet(*sheet);
+  sheet->close();
+}
 
 }  // namespace veltrik

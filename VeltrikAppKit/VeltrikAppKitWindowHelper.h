@@ -72,6 +72,8 @@ class VeltrikAppKitWindowHelper final : public VeltrikAppKitWindowHelperProtocol
   void convertAsSheetWindowWithParentWindowHelper(
       const std::shared_ptr<VeltrikAppKitWindowHelperProtocol>& parent) override;
   void updateFrameIfNeeded() override;
+  platform::Rect windowWillPositionSheetUsingRect(platform::NSWindow& window, platform::NSWindow& sheet,
+                                                  platform::Rect rect) override;
 
   // VeltrikAppKitWindowHelper+Events.cpp
   void makeMainAndKeyNSWindow() override;
@@ -134,6 +136,12 @@ class VeltrikAppKitWindowHelper final : public VeltrikAppKitWindowHelperProtocol
   void applyInitialState(platform::NSWindow& window);
   void configure(platform::NSWindow& window);
   void applyFrameAutosaveName(platform::NSWindow& window, VeltrikAppKitWindowHelperDelegateProtocol& delegate);
+
+  // VeltrikAppKitWindowHelper+Roles.cpp
+  void applyRole(VeltrikAppKitWindowHelperDelegateProtocol& delegate);
+  void convertToPopover(const platform::Rect& targetFrame, VeltrikAppKitWindowHelper& parentHelper,
+                        const std::vector<int>& attachments);
+  void attachToParent(VeltrikAppKitWindowHelperDelegateProtocol& delegate);
 
   /// Looked up by its number; null when it has gone.
   std::shared_ptr<platform::NSWindow> nsWindow() const;

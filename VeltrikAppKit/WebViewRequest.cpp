@@ -10,6 +10,7 @@
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Foundation/Progress.h"
 #include "Platform/Foundation/UserDirectories.h"
+#include "VeltrikAppKit/Archive.h"
 #include "VeltrikAppKit/FileManager+ZIP.h"
 
 namespace veltrik {
@@ -32,6 +33,17 @@ platform::Size windowSize(const std::string& name) {
 std::optional<URL> inWebViewDirectory(const std::string& name) {
   const auto directory = webViewDirectoryURL();
   return directory ? std::optional(directory->appendingPathComponent(name)) : std::nullopt;
+}
+
+/// Going through an archive ends without a word at an entry that can't be read.
+void requireAllEntries(const URL& archiveURL) {
+  const auto archive = Archive::open(archiveURL);
+  if (!archive) return;
+  int read = 0;
+  for ([[maybe_unused]] const Entry& entry : *archive) ++read;
+  if (read != archive->endOfCentralDirectoryRecord().totalNumberOfEntriesInCentralDirectory)
+    throw platform::CocoaError(platform::CocoaError::Code::fileReadUnknown, archiveURL.path(),
+                               "the archive is damaged");
 }
 
 }  // namespace
@@ -81,6 +93,7 @@ void unpackWebViewArchive(const URL& archive) {
   if (files.isReachableItem(unpacking)) files.removeItem(unpacking);
   platform::Progress progress;
   try {
+    requireAllEntries(archive);
     unzipItem(archive, unpacking, {.progress = &progress});
     if (files.isReachableItem(unpacking)) {
       files.synchronizeFileSystem(unpacking);

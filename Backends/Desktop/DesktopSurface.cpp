@@ -72,6 +72,7 @@ DesktopSurface::DesktopSurface(DesktopWindowHost& host, WindowServices& services
   services_.x.setFunctions(id_, state_.resizable, state_.minimisable);
   window_->setTitle(QString::fromStdString(state_.title));
   window_->setLook(state_.transparent, state_.cornerRadius);
+  window_->setRevealed(state_.revealed);
   window_->setOpacity(state_.alpha);
   if (state_.visible) show();
   services_.x.flush();
@@ -91,12 +92,14 @@ void DesktopSurface::apply(const SurfaceState& state) {
   if (state.resizable != before.resizable) applyLimits();
   if (state.frame != before.frame) applyFrame();
   window_->setLook(state.transparent, state.cornerRadius);
+  window_->setRevealed(state.revealed);
   if (state.alpha != before.alpha) window_->setOpacity(state.alpha);
   if (state.visible && !before.visible)
     show();
   else if (!state.visible && before.visible)
     window_->setVisible(false);
-  else if (state.visible && (state.level != before.level || state.skipsTaskbar != before.skipsTaskbar))
+  else if (state.visible &&
+           (state.level != before.level || state.skipsTaskbar != before.skipsTaskbar || state.modal != before.modal))
     showStates();
   services_.x.flush();
 }
@@ -121,6 +124,8 @@ void DesktopSurface::tellCaret() {
 }
 
 void DesktopSurface::show() {
+  // The window manager minimises what belongs to a window together with it; hidden since, it comes back as it was.
+  if (std::exchange(minimised_, false)) window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
   window_->setVisible(true);
   // The window manager forgets these when a window is hidden, and the toolkit writes some of them anew.
   window_->setGeometry(requested_);
@@ -133,6 +138,7 @@ void DesktopSurface::show() {
 void DesktopSurface::showStates() {
   services_.x.changeState(id_, "_NET_WM_STATE_ABOVE", state_.level >= kAboveLevel);
   services_.x.changeState(id_, "_NET_WM_STATE_SKIP_TASKBAR", state_.skipsTaskbar);
+  services_.x.changeState(id_, "_NET_WM_STATE_MODAL", state_.modal);
 }
 
 std::optional<QRect> DesktopSurface::shownFrame() const {

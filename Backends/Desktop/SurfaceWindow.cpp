@@ -114,6 +114,10 @@ void SurfaceWindow::setLook(bool transparent, double cornerRadius) {
   invalidate({{}, size()});
 }
 
+void SurfaceWindow::setRevealed(double part) {
+  if (std::exchange(revealed_, part) != part) updateShape();
+}
+
 void SurfaceWindow::invalidate(const QRect& dirty) {
   dirty_ += dirty & QRect({}, size());
   if (isExposed() && !dirty_.isEmpty()) requestUpdate();
@@ -122,6 +126,8 @@ void SurfaceWindow::invalidate(const QRect& dirty) {
 void SurfaceWindow::updateShape() {
   const bool cuts = cornerRadius_ > 0 && !services_.x.hasCompositor();
   const QRectF whole({}, QSizeF(size()));
+  // An empty region would be no limit at all.
+  if (revealed_ < 1) return setMask(QRect(0, 0, width(), std::max(1, qRound(height() * revealed_))));
   setMask(cuts ? QRegion(rounded(whole, cornerRadius_).toFillPolygon().toPolygon()) : QRegion());
 }
 

@@ -27,6 +27,8 @@ class SurfaceWindow final : public QWindow {
   platform::port::SurfaceSink* sink() const { return sink_; }
 
   void setLook(bool transparent, double cornerRadius);
+  /// Cuts the window off below this part of its height.
+  void setRevealed(double part);
   void invalidate(const QRect& dirty);
   std::optional<platform::Bitmap> snapshot();
   /// Reports that the left button came up, unless it is known to be up.
@@ -55,6 +57,7 @@ class SurfaceWindow final : public QWindow {
   QRegion dirty_;
   bool transparent_ = false;
   double cornerRadius_ = 0;
+  double revealed_ = 1;
   bool leftDown_ = false;
 };
 

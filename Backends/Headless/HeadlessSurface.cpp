@@ -30,9 +30,11 @@ std::vector<std::string> changes(const SurfaceState& from, const SurfaceState& t
   note(from.title != to.title, "title " + to.title);
   note(from.transparent != to.transparent, fmt::format("transparent {}", to.transparent));
   note(from.cornerRadius != to.cornerRadius, fmt::format("corner radius {}", to.cornerRadius));
+  note(from.revealed != to.revealed, fmt::format("revealed {:.2f}", to.revealed));
   note(from.resizable != to.resizable, fmt::format("resizable {}", to.resizable));
   note(from.minimisable != to.minimisable, fmt::format("minimisable {}", to.minimisable));
   note(from.skipsTaskbar != to.skipsTaskbar, fmt::format("skips taskbar {}", to.skipsTaskbar));
+  note(from.modal != to.modal, fmt::format("modal {}", to.modal));
   note(from.visible != to.visible, to.visible ? "show" : "hide");
   return lines;
 }

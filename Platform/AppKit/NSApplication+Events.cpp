@@ -115,13 +115,13 @@ void NSApplication::sendEvent(const EventPointer& event) {
   requireMainThread("NSApplication::sendEvent");
   if (!event) return;
   currentEvent_ = event;
+  if (refuseInput(event)) return;
   if (const EventPointer left = runMonitors(event)) dispatch(left);
 }
 
 void NSApplication::dispatch(const EventPointer& event) {
   const auto window = event->isKey() ? keyWindow() : windowWithNumber(event->windowNumber);
-  const auto modal = modalWindow();
-  if (!window || (modal && window != modal && !modal->isAncestorOf(*window))) return;
+  if (!window) return;
   constexpr std::uint64_t kShortcutModifiers = ModifierFlag::kCommand | ModifierFlag::kControl;
   if (event->type == EventType::keyDown && (event->modifierFlags & kShortcutModifiers) &&
       window->performKeyEquivalent(event))

@@ -29,13 +29,22 @@ void NSApplication::activate(bool /*ignoringOtherApps*/) {
     becomeActive();
 }
 
-void NSApplication::focus(NSWindow& window) {
+void NSApplication::focus(NSWindow& wanted) {
+  if (!wanted.visible_) return;
+  NSWindow& window = inputTarget(wanted);
   if (!window.visible_ || !window.canBecomeKey()) return;
   if (active_ && key_ == &window && (activeSurface_ == &window || pendingSurface_ == &window)) return;
   const bool wasActive = std::exchange(active_, true);
   requestActivation(window);
-  changeFocus(&window, window.canBecomeMain() ? &window : main_);
+  changeFocus(&window, mainFor(window));
   if (!wasActive && active_) NotificationCenter::defaultCenter().post({kApplicationDidBecomeActive, this, {}});
+}
+
+/// The main window while `key` is key: a sheet leaves that to the window it hangs from.
+NSWindow* NSApplication::mainFor(NSWindow& key) const {
+  NSWindow* window = &key;
+  while (window->sheetParent_) window = window->sheetParent_;
+  return window->canBecomeMain() ? window : main_;
 }
 
 void NSApplication::focusMain(NSWindow& window) {
@@ -46,9 +55,11 @@ void NSApplication::passFocusOn() {
   const auto next = [&](NSWindow* present, bool (NSWindow::*canBecome)() const) -> NSWindow* {
     if (present && present->visible_) return present;
     if (!active_) return nullptr;
+    // A panel or a sheet that goes leaves the keyboard to the main window.
+    if (main_ && main_->visible_ && (main_->*canBecome)()) return &inputTarget(*main_);
     const auto heir =
         std::find_if(ordered_.begin(), ordered_.end(), [&](NSWindow* each) { return (each->*canBecome)(); });
-    return heir == ordered_.end() ? nullptr : *heir;
+    return heir == ordered_.end() ? nullptr : &inputTarget(**heir);
   };
   NSWindow* key = next(key_, &NSWindow::canBecomeKey);
   NSWindow* main = next(main_, &NSWindow::canBecomeMain);
@@ -116,11 +127,16 @@ void NSApplication::surfaceActivated(NSWindow& window, bool active) {
   if (pendingSurface_ != &window && activationPending()) return;
   pendingSurface_ = nullptr;
   if (refusalTimer_) refusalTimer_->invalidate();
-  if (key_ == &window || !window.visible_ || !window.canBecomeKey()) return;
+  if (!window.visible_ || !window.canBecomeKey()) return;
+  if (&inputTarget(window) != &window) {
+    placeFamily(window, WindowOrdering::above, nullptr);
+    return focus(window);
+  }
+  if (key_ == &window) return;
   window.activatedByMachineAt_ = RunLoop::main().now();
   placeFamily(window, WindowOrdering::above, nullptr);
   const bool wasActive = std::exchange(active_, true);
-  changeFocus(&window, window.canBecomeMain() ? &window : main_);
+  changeFocus(&window, mainFor(window));
   if (!wasActive && active_) NotificationCenter::defaultCenter().post({kApplicationDidBecomeActive, this, {}});
 }
 

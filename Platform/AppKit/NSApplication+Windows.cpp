@@ -42,25 +42,6 @@ std::shared_ptr<NSWindow> NSApplication::mainWindow() const {
   return main_ ? main_->self() : nullptr;
 }
 
-std::shared_ptr<NSWindow> NSApplication::modalWindow() const {
-  for (auto each = modal_.rbegin(); each != modal_.rend(); ++each)
-    if (auto window = each->lock(); window && !window->isClosed()) return window;
-  return nullptr;
-}
-
-void NSApplication::beginModalSession(const std::shared_ptr<NSWindow>& window) {
-  requireMainThread("NSApplication::beginModalSession");
-  modal_.push_back(window);
-  window->makeKeyAndOrderFront(nullptr);
-}
-
-void NSApplication::endModalSession(const NSWindow& window) {
-  std::erase_if(modal_, [&](const auto& each) {
-    const auto modal = each.lock();
-    return !modal || modal.get() == &window;
-  });
-}
-
 void NSApplication::removeFromOrder(NSWindow& window) {
   std::erase(ordered_, &window);
 }
@@ -82,6 +63,7 @@ void NSApplication::placeFamily(NSWindow& window, WindowOrdering place, NSWindow
     first = last;
   }
   restackSurfaces(family, place, relative);
+  keepModalInFront(window);
 }
 
 std::vector<NSWindow*>::iterator NSApplication::insertionPoint(int level, WindowOrdering place,

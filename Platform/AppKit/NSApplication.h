@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "Platform/AppKit/ModalResponse.h"
 #include "Platform/AppKit/NSEvent.h"
 #include "Platform/AppKit/PointerState.h"
 #include "Platform/Export.h"
@@ -65,12 +66,18 @@ class PLATFORM_EXPORT NSApplication {
   std::shared_ptr<NSWindow> windowWithNumber(std::int64_t number) const;
   std::shared_ptr<NSWindow> keyWindow() const;
   std::shared_ptr<NSWindow> mainWindow() const;
+
+  // Modal sessions (NSApplication+Modal.cpp).
+  /// Shows the window in front of all others and runs the loop until `stopModal`, the window's closing or hiding, or
+  /// the application's stop; returns the response. Meanwhile other windows get no input but moves by their frames, and
+  /// only this one, its children and its sheets can be key. Sessions nest. The window stays on the screen. Aborted at
+  /// once for no window, a closed one, a sheet, or one whose session runs.
+  int runModal(const std::shared_ptr<NSWindow>& window);
+  /// Ends the innermost session; nothing without one.
+  void stopModal(int response = ModalResponse::kStop);
+  void abortModal();
   /// The window of the innermost modal session; null when there is none.
   std::shared_ptr<NSWindow> modalWindow() const;
-  /// Shows the window, makes it key, and keeps keys and pointer from all others but its children until the session ends
-  /// or the window is closed. Sessions nest.
-  void beginModalSession(const std::shared_ptr<NSWindow>& window);
-  void endModalSession(const NSWindow& window);
 
   bool isActive() const { return active_; }
   /// Brings the application to the front by activating its front-most window.
@@ -113,6 +120,14 @@ class PLATFORM_EXPORT NSApplication {
     bool removed = false;
   };
   class Depth;
+  class ModalSession;
+
+  // Modal sessions and sheets (NSApplication+Modal.cpp).
+  /// The window that gets the keyboard in this one's place: the modal one, the innermost sheet, or itself.
+  NSWindow& inputTarget(NSWindow& window) const;
+  void bringForward(NSWindow& target);
+  bool refuseInput(const EventPointer& event);
+  void keepModalInFront(NSWindow& placed);
 
   // Windows (NSApplication+Windows.cpp).
   std::int64_t addWindow(const std::shared_ptr<NSWindow>& window);
@@ -125,8 +140,9 @@ class PLATFORM_EXPORT NSApplication {
   void needsLayout(std::weak_ptr<NSWindow> window);
 
   // Key, main and active (NSApplication+Focus.cpp).
-  void focus(NSWindow& window);
+  void focus(NSWindow& wanted);
   void focusMain(NSWindow& window);
+  NSWindow* mainFor(NSWindow& key) const;
   /// Finds heirs for a key or main window that is no longer visible.
   void passFocusOn();
   void changeFocus(NSWindow* key, NSWindow* main);
@@ -150,16 +166,16 @@ class PLATFORM_EXPORT NSApplication {
   std::unordered_map<std::int64_t, std::shared_ptr<NSWindow>> windows_;
   std::int64_t lastWindowNumber_ = 0;
   std::vector<NSWindow*> ordered_;
-  std::vector<std::weak_ptr<NSWindow>> modal_;  ///< the innermost last
   std::vector<std::weak_ptr<NSWindow>> layoutNeeded_;
   bool allowsAutomaticWindowTabbing_ = true;
 
   NSWindow* key_ = nullptr;
   NSWindow* main_ = nullptr;
   bool active_ = false;
-  std::uint64_t focusTurn_ = 0;         ///< tells a change of focus that another one overtook it
-  NSWindow* activeSurface_ = nullptr;   ///< the window whose surface the machine says is active
-  NSWindow* pendingSurface_ = nullptr;  ///< the window whose activation was asked for and not yet confirmed
+  std::vector<ModalSession*> modalSessions_;  ///< the innermost last
+  std::uint64_t focusTurn_ = 0;               ///< tells a change of focus that another one overtook it
+  NSWindow* activeSurface_ = nullptr;         ///< the window whose surface the machine says is active
+  NSWindow* pendingSurface_ = nullptr;        ///< the window whose activation was asked for and not yet confirmed
   double pendingSince_ = 0;
   std::shared_ptr<Timer> refusalTimer_;
   bool resignDue_ = false;

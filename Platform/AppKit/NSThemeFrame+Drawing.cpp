@@ -27,6 +27,8 @@ Color colorOf(WindowButton button) {
 }  // namespace
 
 void NSThemeFrame::drawChrome(port::Canvas& canvas) {
+  // A sheet's rim is open to the title bar that it hangs from.
+  if (window()->isSheet()) canvas.stroke({0.5, -1, frame().width - 1, frame().height + 0.5}, palette::kSeparator, 1, 0);
   if (!isTitled()) return;
   const double height = titleBarHeight();
   if (!window()->titlebarAppearsTransparent()) {

@@ -23,7 +23,7 @@ double NSThemeFrame::titleBarHeight() {
 }
 
 bool NSThemeFrame::isTitled() const {
-  return window() && (window()->styleMask() & StyleMask::kTitled);
+  return window() && (window()->styleMask() & StyleMask::kTitled) && !window()->isSheet();
 }
 
 Rect NSThemeFrame::buttonFrame(WindowButton button) const {
@@ -33,12 +33,13 @@ Rect NSThemeFrame::buttonFrame(WindowButton button) const {
 }
 
 bool NSThemeFrame::isShown(WindowButton button) const {
-  const StandardButton* standard = window() ? window()->standardWindowButton(button) : nullptr;
+  const StandardButton* standard = isTitled() ? window()->standardWindowButton(button) : nullptr;
   return standard && !standard->hidden;
 }
 
 NSThemeFrame::Edges NSThemeFrame::edgesAt(Point point) const {
-  if (!window() || !(window()->styleMask() & StyleMask::kResizable) || window()->isZoomed()) return {};
+  if (!window() || !(window()->styleMask() & StyleMask::kResizable) || window()->isZoomed() || window()->isSheet())
+    return {};
   const auto side = [](double at, double length) { return at < kEdge ? -1 : at > length - kEdge ? 1 : 0; };
   return {side(point.x, frame().width), side(point.y, frame().height)};
 }

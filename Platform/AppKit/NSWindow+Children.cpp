@@ -36,7 +36,8 @@ std::vector<std::shared_ptr<NSWindow>> NSWindow::childWindows() const {
 }
 
 bool NSWindow::isAncestorOf(const NSWindow& window) const {
-  for (const NSWindow* each = window.parent_; each; each = each->parent_)
+  const auto above = [](const NSWindow& each) { return each.parent_ ? each.parent_ : each.sheetParent_; };
+  for (const NSWindow* each = above(window); each; each = above(*each))
     if (each == this) return true;
   return false;
 }

@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSThemeFrame.h"
 #include "Platform/AppKit/NSWindow.h"
@@ -114,6 +116,7 @@ void NSWindow::surfacePaint(port::Canvas& canvas, const Rect& dirtyFromTopLeft) 
   canvas.save();
   canvas.clip(dirtyFromTopLeft, 0);
   if (!opaque_ || background.alpha < 1) canvas.clear(all);
+  canvas.translate({0, -std::round((1 - revealed_) * frame_.height)});
   canvas.fill(all, background, 0);
   themeFrame_->display(canvas);
   themeFrame_->drawChrome(canvas);

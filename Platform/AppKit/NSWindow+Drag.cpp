@@ -39,7 +39,7 @@ void NSWindow::performDrag(const EventPointer& event) {
   const auto alive = self();
   const bool fromPress =
       event && (event->type == EventType::leftMouseDown || event->type == EventType::leftMouseDragged);
-  if (closed_ || !movable_ || !fromPress) return;
+  if (closed_ || !movable_ || isSheet() || !fromPress) return;
   const auto left = hasLeftScreen();
   tell(&NSWindowDelegate::windowWillMove);
   if (left() || !movable_) return;
@@ -54,6 +54,11 @@ void NSWindow::moveByModel(const EventPointer& event, bool movedByMachine, const
     explicit Change(int& changes) : depth(changes) { ++depth; }
     ~Change() { --depth; }
   };
+  struct ByMachine {
+    bool& flag;
+    ByMachine(bool& moved, bool is) : flag(moved) { flag = is; }
+    ~ByMachine() { flag = false; }
+  } byMachine(movedByMachine_, movedByMachine);
   NSApplication& application = NSApplication::shared();
   const auto onScreen = [&](const NSEvent& each) {
     return each.locationOnScreen.value_or(convertPointToScreen(each.locationInWindow));

@@ -106,7 +106,10 @@ void NSWindow::applyFrame(const Rect& frame, bool reported) {
   }
   for (const FrameChange& change : changes) {
     if (change.moved && !change.window->closed_) change.window->tell(&NSWindowDelegate::windowDidMove);
-    if (change.resized && !change.window->closed_) change.window->tell(&NSWindowDelegate::windowDidResize);
+    if (!change.resized || change.window->closed_) continue;
+    change.window->hangSheet();
+    if (change.window->parent_ && change.window->isSheet()) change.window->parent_->hangSheet();
+    change.window->tell(&NSWindowDelegate::windowDidResize);
   }
 }
 
@@ -114,7 +117,9 @@ void NSWindow::surfaceFrameChanged(const Rect& frame) {
   // While the model moves the window itself, what the machine reports is a step that lies behind.
   if (userChangesFrame_ > 0) return;
   const auto alive = self();
-  applyFrame(frame, true);
+  const bool isMove = frame.size() == frame_.size() && frame.origin() != frame_.origin();
+  if (isMove && !movedByMachine_) tell(&NSWindowDelegate::windowWillMove);
+  if (!closed_) applyFrame(frame, true);
 }
 
 void NSWindow::setContentSize(Size size) {

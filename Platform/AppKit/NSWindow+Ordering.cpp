@@ -1,12 +1,21 @@
 #include <algorithm>
 
+#include "Platform/AppKit/NSAnimation.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSTextInputClient.h"
 #include "Platform/AppKit/NSThemeFrame.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/Foundation/RunLoop.h"
 #include "Platform/Foundation/Session.h"
 
 namespace platform {
+
+namespace {
+
+/// How long a report of the machine's counts as the answer to a request.
+constexpr double kStaleReports = 0.5;
+
+}  // namespace
 
 void NSWindow::setIsVisible(bool visible) {
   visible ? orderFront() : orderOut();
@@ -103,11 +112,11 @@ bool NSWindow::isMainWindow() const {
 }
 
 bool NSWindow::canBecomeKey() const {
-  return !closed_ && (styleMask_ & (StyleMask::kTitled | StyleMask::kResizable)) != 0;
+  return !closed_ && (isSheet() || (styleMask_ & (StyleMask::kTitled | StyleMask::kResizable)) != 0);
 }
 
 bool NSWindow::canBecomeMain() const {
-  return visible_ && canBecomeKey();
+  return visible_ && !isSheet() && canBecomeKey();
 }
 
 std::size_t NSWindow::orderedIndex() const {
@@ -130,6 +139,18 @@ int NSWindow::effectiveLevel() const {
 }
 
 void NSWindow::setAlphaValue(double alpha) {
+  fade_.reset();
+  applyAlphaValue(alpha);
+}
+
+void NSWindow::animateAlphaValue(double alpha, double duration) {
+  if (closed_) return;
+  fade_ = std::make_unique<NSAnimation>(duration, [this, from = alpha_, change = alpha - alpha_](double progress) {
+    applyAlphaValue(from + change * progress);
+  });
+}
+
+void NSWindow::applyAlphaValue(double alpha) {
   alpha_ = std::clamp(alpha, 0.0, 1.0);
   updateSurface();
 }
@@ -143,7 +164,23 @@ void NSWindow::deminiaturize() {
 }
 
 void NSWindow::surfaceMinimised(bool minimised) {
+  if (isOvertaken(minimised)) return;
+  // A family leaves the screen as one, also when the machine begins with a child.
+  if (minimised && visible_ && parent_) return familyRoot().changeMiniaturized(true, false);
   changeMiniaturized(minimised, true);
+}
+
+/// Whether the report answers a request of ours that a later one revoked.
+bool NSWindow::isOvertaken(bool minimised) {
+  const double oldest = RunLoop::main().now() - kStaleReports;
+  while (!minimiseRequests_.empty() && minimiseRequests_.front().at < oldest) minimiseRequests_.pop_front();
+  if (minimiseRequests_.empty()) return false;
+  const bool isAnswer = minimiseRequests_.front().minimised == minimised;
+  if (isAnswer)
+    minimiseRequests_.pop_front();
+  else
+    minimiseRequests_.clear();  // refused
+  return isAnswer && !minimiseRequests_.empty();
 }
 
 void NSWindow::changeMiniaturized(bool miniaturized, bool reported) {
@@ -151,6 +188,7 @@ void NSWindow::changeMiniaturized(bool miniaturized, bool reported) {
   const auto alive = self();
   NSApplication& application = NSApplication::shared();
   miniaturized_ = miniaturized;
+  if (!reported) minimiseRequests_.push_back({miniaturized, RunLoop::main().now()});
   if (miniaturized) {
     hideSelf();
     hideChildren();

@@ -1,7 +1,7 @@
 #include "Platform/AppKit/NSWindow.h"
 
-#include <exception>
-
+#include "Platform/AppKit/Attempts.h"
+#include "Platform/AppKit/NSAnimation.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSThemeFrame.h"
 #include "Platform/Foundation/Session.h"
@@ -15,8 +15,8 @@ const RectMessage kFrameRectForContentRect{"frameRectForContentRect:styleMask:"}
 
 namespace {
 
-double titleBarOf(unsigned styleMask) {
-  return styleMask & StyleMask::kTitled ? NSThemeFrame::titleBarHeight() : 0;
+double titleBarOf(const NSWindow& window, unsigned styleMask) {
+  return styleMask & StyleMask::kTitled && !window.isSheet() ? NSThemeFrame::titleBarHeight() : 0;
 }
 
 }  // namespace
@@ -29,11 +29,11 @@ runtime::Class& NSWindow::staticClass() {
       self.orderFront();
       self.makeKey();
     });
-    window->addMethod(kContentRectForFrameRect, [](NSWindow&, const Rect& frame, unsigned mask) {
-      return Rect{frame.x, frame.y, frame.width, std::max(0.0, frame.height - titleBarOf(mask))};
+    window->addMethod(kContentRectForFrameRect, [](NSWindow& self, const Rect& frame, unsigned mask) {
+      return Rect{frame.x, frame.y, frame.width, std::max(0.0, frame.height - titleBarOf(self, mask))};
     });
-    window->addMethod(kFrameRectForContentRect, [](NSWindow&, const Rect& content, unsigned mask) {
-      return Rect{content.x, content.y, content.width, content.height + titleBarOf(mask)};
+    window->addMethod(kFrameRectForContentRect, [](NSWindow& self, const Rect& content, unsigned mask) {
+      return Rect{content.x, content.y, content.width, content.height + titleBarOf(self, mask)};
     });
     return window;
   }();
@@ -62,6 +62,7 @@ void NSWindow::introduce(const std::shared_ptr<NSWindow>& window) {
 
 NSWindow::~NSWindow() {
   for (const auto& child : children_) child->parent_ = nullptr;
+  for (const auto& sheet : sheets_) sheet.window->sheetParent_ = nullptr;
   themeFrame_->forgetWindow();
 }
 
@@ -76,6 +77,8 @@ void NSWindow::tell(DelegateCall call) {
 void NSWindow::performClose() {
   const auto alive = self();
   if (closed_ || !(styleMask_ & StyleMask::kClosable)) return;
+  NSApplication& application = NSApplication::shared();
+  if (NSWindow& target = application.inputTarget(*this); &target != this) return application.bringForward(target);
   const auto delegate = delegate_.lock();
   if (!delegate || delegate->windowShouldClose(*this)) close();
 }
@@ -86,25 +89,23 @@ void NSWindow::close() {
   const auto alive = self();
   closing_ = true;
   // Whatever a delegate does or throws, a window that began to close is closed in the end.
-  std::exception_ptr failure;
-  const auto attempt = [&](const auto& step) {
-    try {
-      step();
-    } catch (...) {
-      if (!failure) failure = std::current_exception();
-    }
-  };
+  Attempts attempt;
   const auto children = children_;
   for (const auto& child : children) attempt([&] { child->close(); });
+  endWaitingSheets(attempt);
   attempt([&] { tell(&NSWindowDelegate::windowWillClose); });
+  if (const auto sheetParent = sheetParent_ ? sheetParent_->self() : nullptr)
+    attempt([&] { sheetParent->endSheet(*this, ModalResponse::kAbort); });
   attempt([&] { finishClosing(); });
-  if (failure) std::rethrow_exception(failure);
+  attempt.finish();
 }
 
 void NSWindow::finishClosing() {
   closed_ = true;
   visible_ = false;
   miniaturized_ = false;
+  fade_.reset();
+  slide_.reset();
   if (parent_) parent_->removeChildWindow(*this);
   NSApplication& application = NSApplication::shared();
   application.forgetWindow(*this);
@@ -134,9 +135,11 @@ port::SurfaceState NSWindow::surfaceState() const {
   state.title = title_;
   state.transparent = !opaque_ || (backgroundColor_ && backgroundColor_->alpha < 1);
   state.cornerRadius = cornerRadius();
+  state.revealed = revealed_;
   state.resizable = styleMask_ & StyleMask::kResizable;
   state.minimisable = styleMask_ & StyleMask::kMiniaturizable;
   state.skipsTaskbar = parent_ != nullptr;
+  state.modal = isSheet() || NSApplication::shared().modalWindow().get() == this;
   return state;
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -9,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "Platform/AppKit/ModalResponse.h"
 #include "Platform/AppKit/NSResponder.h"
 #include "Platform/AppKit/NSWindowDelegate.h"
 #include "Platform/Export.h"
@@ -18,6 +20,8 @@
 
 namespace platform {
 
+class Attempts;
+class NSAnimation;
 class NSThemeFrame;
 class NSView;
 class NSWindowController;
@@ -130,7 +134,10 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   int level() const { return level_; }
   void setLevel(int level);
   double alphaValue() const { return alpha_; }
+  /// Ends an animation of the value.
   void setAlphaValue(double alpha);
+  /// Changes the value little by little; seconds.
+  void animateAlphaValue(double alpha, double duration);
   bool isMiniaturized() const { return miniaturized_; }
   void miniaturize();
   void deminiaturize();
@@ -148,17 +155,37 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   void registerForDraggedTypes(std::set<std::string> types) { draggedTypes_ = std::move(types); }
   const std::set<std::string>& registeredDraggedTypes() const { return draggedTypes_; }
 
-  // Children and sheets (NSWindow+Children.cpp).
+  // Children (NSWindow+Children.cpp).
   /// The child stays above (or below) this window, and moves, minimises, hides and closes with it.
   void addChildWindow(const std::shared_ptr<NSWindow>& child, WindowOrdering place);
   void removeChildWindow(NSWindow& child);
   /// A window without children has an empty list.
   std::vector<std::shared_ptr<NSWindow>> childWindows() const;
   NSWindow* parentWindow() const { return parent_; }
-  bool isSheet() const { return false; }
+
+  // Sheets (NSWindow+Sheets.cpp).
+  /// Runs once, when the sheet has ended, with what it was ended with.
+  using SheetCompletion = std::function<void(int response)>;
+  /// Hangs `sheet` from this window's title bar, or from where the delegate says. It is a child window, without a title
+  /// bar, and takes the keyboard; until it ends, this window's content and its close button get no input. A second
+  /// sheet waits until the first has ended. `completion` gets `ModalResponse::kAbort` when the sheet can't begin, or
+  /// goes away without being ended.
+  void beginSheet(const std::shared_ptr<NSWindow>& sheet, SheetCompletion completion);
+  /// Takes the sheet off the screen, not closing it; the keyboard comes back. Nothing for a window that isn't a sheet
+  /// of this one.
+  void endSheet(NSWindow& sheet, int response = ModalResponse::kStop);
+  /// The sheet that hangs from this window; null for none.
+  std::shared_ptr<NSWindow> attachedSheet() const;
+  /// The window that this one is a sheet of, attached or waiting.
+  NSWindow* sheetParent() const { return sheetParent_; }
+  bool isSheet() const { return sheetParent_ != nullptr; }
+  /// A sheet is on its way out of the title bar.
+  bool isSlidingIn() const { return revealed_ < 1; }
+  /// A sheet or a modal session keeps the user's input from this window.
+  bool isInputBlocked() const;
 
   // Closing.
-  /// As the user's close button: asks the delegate first.
+  /// As the user's close button: asks the delegate first. Refused while a sheet or a modal session blocks the window.
   void performClose();
   /// Children close first. The delegate hears `windowWillClose`; afterwards the application knows the window no more.
   void close();
@@ -209,6 +236,10 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   friend class NSView;
   friend class NSThemeFrame;
   struct FrameChange;
+  struct Sheet {
+    std::shared_ptr<NSWindow> window;
+    SheetCompletion completion;
+  };
   using DelegateCall = void (NSWindowDelegate::*)(NSWindow&);
 
   std::shared_ptr<NSWindow> self();
@@ -233,6 +264,7 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   void showChildren();
   void hideChildren();
   void changeMiniaturized(bool miniaturized, bool reported);
+  bool isOvertaken(bool minimised);
   void keyChanged(bool key);
   int effectiveLevel() const;
   NSWindow& familyRoot();
@@ -240,6 +272,14 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   void appendFamily(std::vector<NSWindow*>& members);
   bool isAncestorOf(const NSWindow& window) const;
   void finishClosing();
+
+  void applyAlphaValue(double alpha);
+  void setSheetParent(NSWindow* parent);
+  void slideIn();
+  void applyRevealed(double part);
+  void attachFrontSheet();
+  void hangSheet();
+  void endWaitingSheets(Attempts& attempt);
 
   void needsLayout();
   /// A view leaves the tree or is hidden: the focus doesn't stay inside it.
@@ -289,16 +329,25 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   Size minSize_;
   std::string frameAutosaveName_;
   std::shared_ptr<NSWindowController> controller_;
-  int userChangesFrame_ = 0;  ///< the model moves or resizes with the pointer: saved at the end, reports are older
+  bool movedByMachine_ = false;  ///< in a drag that the machine does
+  int userChangesFrame_ = 0;     ///< the model moves or resizes with the pointer: saved at the end, reports are older
 
   bool visible_ = false;
   bool miniaturized_ = false;
+  struct MinimiseRequest {
+    bool minimised;
+    double at;
+  };
+  std::deque<MinimiseRequest> minimiseRequests_;  ///< not yet confirmed by the machine
   bool zoomed_ = false;
   bool hiddenWithParent_ = false;
   bool closing_ = false;
   bool closed_ = false;
   int level_ = WindowLevel::kNormal;
   double alpha_ = 1;
+  std::unique_ptr<NSAnimation> fade_;
+  double revealed_ = 1;  ///< the part of a sheet that has slid out, from its bottom
+  std::unique_ptr<NSAnimation> slide_;
   bool restorable_ = true;
   unsigned collectionBehavior_ = 0;
   TabbingMode tabbingMode_ = TabbingMode::automatic;
@@ -308,6 +357,8 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   NSWindow* parent_ = nullptr;
   WindowOrdering placeInFamily_ = WindowOrdering::above;
   std::vector<std::shared_ptr<NSWindow>> children_;
+  NSWindow* sheetParent_ = nullptr;
+  std::deque<Sheet> sheets_;  ///< the first one is attached
 
   std::shared_ptr<NSThemeFrame> themeFrame_;
   std::shared_ptr<NSView> contentView_;

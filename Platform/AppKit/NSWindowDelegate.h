@@ -19,7 +19,7 @@ class PLATFORM_EXPORT NSWindowDelegate {
   virtual void windowDidResignKey(NSWindow& /*window*/) {}
   virtual Size windowWillResizeToSize(NSWindow& /*window*/, Size size) { return size; }
   virtual void windowDidResize(NSWindow& /*window*/) {}
-  /// The user starts to move the window.
+  /// The user starts to move the window, or the window manager has begun to.
   virtual void windowWillMove(NSWindow& /*window*/) {}
   virtual void windowDidMove(NSWindow& /*window*/) {}
   virtual void windowDidMiniaturize(NSWindow& /*window*/) {}

@@ -89,9 +89,11 @@ struct SurfaceState {
   std::string title;
   bool transparent = false;  ///< pixels may be see-through
   double cornerRadius = 0;   ///< points; the surface is cut to it where pixels can't be see-through
+  double revealed = 1;       ///< the part that is shown, from the top edge; what is painted there slides along
   bool resizable = true;
   bool minimisable = true;
   bool skipsTaskbar = false;
+  bool modal = false;  ///< takes the input of the surface it belongs to, or of all others
 };
 
 enum class Cursor { arrow, text, resizeHorizontal, resizeVertical, resizeRising, resizeFalling };

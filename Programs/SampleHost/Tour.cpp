@@ -44,6 +44,9 @@ const std::vector<Tour::Scene>& Tour::scenes() {
       {"Always on top, and see-through", &Tour::levelAndOpacity},
       {"Minimised and zoomed", &Tour::minimiseAndZoom},
       {"A second window with a coloured title bar and only a close button", &Tour::secondWindow},
+      {"Windows attached to the messenger", &Tour::attachedWindows},
+      {"A popover", &Tour::popover},
+      {"A sheet", &Tour::sheet},
       {"People are searched by name", &Tour::search},
       {"The user is there or not, the screens are on or not", &Tour::presence},
       {"Notifications between processes", &Tour::notifications},
@@ -105,8 +108,12 @@ void Tour::picture(const std::string& name, const std::shared_ptr<platform::NSWi
   std::optional<platform::Bitmap> bitmap;
   if (!wait([&] { return (bitmap = window->snapshot()).has_value(); }))
     return transcript_.failed("a picture of the window", "the machine gave none");
+  savePicture(name, *bitmap);
+}
+
+void Tour::savePicture(const std::string& name, const platform::Bitmap& bitmap) {
   const std::string file = fmt::format("{:02}-{}.png", ++pictureCount_, name);
-  writePng(*bitmap, *pictures_ / file);
+  writePng(bitmap, *pictures_ / file);
   transcript_.note("picture " + file);
 }
 

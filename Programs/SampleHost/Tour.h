@@ -14,6 +14,8 @@
 
 namespace samplehost {
 
+class CardScene;
+
 /// Drives the host through everything the plug-in can do, scene by scene, and checks each. Main thread.
 class Tour {
  public:
@@ -40,6 +42,13 @@ class Tour {
   void levelAndOpacity();
   void minimiseAndZoom();
   void secondWindow();
+  // Roles (TourRoles.cpp).
+  void attachedWindows();
+  void popover();
+  void sheet();
+  std::shared_ptr<platform::NSWindow> openCard(const std::string& identifier, const platform::Rect& frame,
+                                               const std::shared_ptr<CardScene>& scene);
+  void pictureOfFamily(const std::string& name, const std::vector<std::shared_ptr<platform::NSWindow>>& backToFront);
   // Text (TourText.cpp).
   void typeAndSend();
   void composeHangul();
@@ -68,6 +77,7 @@ class Tour {
   /// Runs the application until the condition holds; false when it didn't within five seconds.
   static bool wait(const std::function<bool()>& condition);
   void picture(const std::string& name, const std::shared_ptr<platform::NSWindow>& window);
+  void savePicture(const std::string& name, const platform::Bitmap& bitmap);
 
   Host& host_;
   Machine& machine_;

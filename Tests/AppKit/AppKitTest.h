@@ -68,6 +68,10 @@ class RecordingDelegate : public NSWindowDelegate {
     heard("willResize", window);
     return resizing ? resizing(size) : size;
   }
+  Rect windowWillPositionSheetUsingRect(NSWindow& window, NSWindow&, Rect rect) override {
+    heard("positionsSheet", window);
+    return rect;
+  }
   void windowDidResize(NSWindow& window) override { heard("resized", window); }
   void windowWillMove(NSWindow& window) override { heard("willMove", window); }
   void windowDidMove(NSWindow& window) override { heard("moved", window); }

@@ -73,6 +73,23 @@ TEST_F(ReentrancyTest, whateverADelegateDoes) {
          t.user().click({114, 414.5});
        }},
       {"another application", [](ReentrancyTest& t) { t.desktop.windows().userDeactivatesAll(), t.desktop.settle(); }},
+      {"begin and end a sheet",
+       [](ReentrancyTest& t) {
+         const auto window = t.scene.window;
+         const auto sheet = t.makeWindow({0, 0, 50, 50});
+         window->beginSheet(sheet, [&t](int) {
+           if (t.scene.delegate && t.scene.window) t.scene.delegate->windowDidResize(*t.scene.window);
+         });
+         t.desktop.settle();
+         window->endSheet(*sheet);
+         sheet->close();
+       }},
+      {"close with a sheet",
+       [](ReentrancyTest& t) {
+         const auto window = t.scene.window;
+         window->beginSheet(t.makeWindow({0, 0, 50, 50}), {});
+         window->close();
+       }},
       {"the machine moves it",
        [](ReentrancyTest& t) {
          t.desktop.windows().userMoves(t.surfaceOf(*t.scene.window), {0, 0, 333, 333});

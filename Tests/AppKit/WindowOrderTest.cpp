@@ -105,6 +105,41 @@ TEST_F(WindowOrderTest, followsLevelsFamiliesAndOrders) {
   }
 }
 
+TEST_F(WindowOrderTest, aMinimiseThatWasRevokedIsNotHeardOfAgain) {
+  std::vector<std::string> log;
+  const auto delegate = std::make_shared<RecordingDelegate>("A", log);
+  window('A').orderFront();
+  desktop.settle();
+  window('A').setDelegate(delegate);
+  window('A').miniaturize();
+  window('A').deminiaturize();
+  desktop.settle();
+  EXPECT_TRUE(window('A').isVisible());
+  EXPECT_EQ(std::count(log.begin(), log.end(), "A miniaturized"), 1);
+  EXPECT_EQ(std::count(log.begin(), log.end(), "A deminiaturized"), 1);
+  desktop.windows().userMinimises(surfaceOf(window('A')));
+  desktop.settle();
+  EXPECT_TRUE(window('A').isMiniaturized()) << "the user's own is";
+}
+
+TEST_F(WindowOrderTest, aFamilyIsMinimisedAsOneWhereverTheMachineBegins) {
+  for (const char first : {'A', 'B'}) {
+    SCOPED_TRACE(first);
+    startAnew();
+    perform("A");
+    perform("B");
+    perform("A+B");
+    desktop.settle();
+    desktop.windows().userMinimises(surfaceOf(window(first)));
+    desktop.settle();
+    EXPECT_TRUE(window('A').isMiniaturized());
+    EXPECT_EQ(order(), "");
+    desktop.windows().userMinimises(surfaceOf(window('A')), false);
+    desktop.settle();
+    EXPECT_EQ(order(), "BA");
+  }
+}
+
 TEST_F(WindowOrderTest, windowsAreFoundByNumberUntilTheyClose) {
   const auto number = window('C').windowNumber();
   EXPECT_EQ(application().windowWithNumber(number), shared('C'));

@@ -282,7 +282,7 @@ def executable(entry):
     file = GLib.KeyFile()
     file.load_from_file(str(entry), GLib.KeyFileFlags.NONE)
     assert file.get_string("Desktop Entry", "Type") == "Application"
-    assert not file.has_key("Desktop Entry", "Hidden")
+    assert "Hidden" not in file.get_keys("Desktop Entry")[0]
     _, words = GLib.shell_parse_argv(file.get_string("Desktop Entry", "Exec"))
     return [word.replace("%%", "%") for word in words]
 

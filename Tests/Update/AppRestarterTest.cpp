@@ -250,6 +250,21 @@ TEST_F(AppRestarterTest, TheInstalledBundleIsNeverUnpackedOver) {
   expectUntouched();
 }
 
+TEST_F(AppRestarterTest, AProgramOutsideABundleIsNotReplaced) {
+  bench.makeUpdate(bench.archive());
+  platform::Bundle::setMainForTesting({});
+  EXPECT_EQ(runUpdate(bench.archive()).back(), kFlow + "installAndRestart> backupPath is not valid");
+  expectUntouched();
+  EXPECT_TRUE(filesystem::exists(platform::Bundle::programPath()));
+}
+
+TEST_F(AppRestarterTest, ALinkToTheInstalledBundleIsNotUnpackedThrough) {
+  bench.makeUpdate(bench.archive());
+  filesystem::create_directory_symlink(bench.installed(), bench.downloads() / "Mirelo.app");
+  runUpdate(bench.archive());
+  expectInstalled();
+}
+
 TEST_F(AppRestarterTest, ASymbolicLinkToTheInstalledBundleStays) {
   bench.makeUpdate(bench.archive());
   filesystem::create_directories(bench.root / "applications");

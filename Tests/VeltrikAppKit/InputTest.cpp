@@ -1,6 +1,7 @@
 #include "Platform/AppKit/NSEvent.h"
 #include "Platform/AppKit/NSWorkspace.h"
 #include "Platform/Foundation/ApplicationProcess.h"
+#include "Platform/Foundation/DispatchQueue.h"
 #include "Tests/Foundation/ApplicationFixture.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 #include "VeltrikAppKit/Protocols/CFDateGetIdleTimeInterval.h"
@@ -142,15 +143,18 @@ TEST_F(InputTest, AModalWindowsShortcutsComeBeforeAllElse) {
   const auto modal = NSWindow::make({200, 200, 200, 100}, kOrdinaryStyle);
   const auto view = std::make_shared<ShortcutView>(53);
   modal->setContentView(view);
-  NSApplication::shared().beginModalSession(modal);
-  desktop.user().keyDown(53);
-  EXPECT_EQ(view->performed, 1);
-  EXPECT_THAT(host->keys, IsEmpty());
-  desktop.user().keyDown(36);
-  EXPECT_THAT(host->keys, ElementsAre("key 36 [ ] 0"));
-  desktop.user().click(behind.native->frame().center());
-  EXPECT_EQ(behind.view().mouseDowns, 0) << "windows behind get nothing";
-  NSApplication::shared().endModalSession(*modal);
+  platform::DispatchQueue::main().async([&] {
+    desktop.user().keyDown(53);
+    EXPECT_EQ(view->performed, 1);
+    EXPECT_THAT(host->keys, IsEmpty());
+    desktop.user().keyDown(36);
+    EXPECT_THAT(host->keys, ElementsAre("key 36 [ ] 0"));
+    desktop.user().click(behind.native->frame().center());
+    EXPECT_EQ(behind.view().mouseDowns, 0) << "windows behind get nothing";
+    NSApplication::shared().stopModal();
+  });
+  NSApplication::shared().runModal(modal);
+  modal->orderOut();
   desktop.user().keyDown(53);
   EXPECT_EQ(view->performed, 1);
 }

@@ -273,16 +273,12 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return row.param.name; });
 
 TEST_F(LifecycleTest, MembersThatAreToComeSayWhichTheyAreAndChangeNothing) {
-  const auto bound = show("main");
-  log.clear();
   bool answered = false;
   appKit->showSavePanel("a.txt", std::nullopt, [&](const auto& place) { answered = !place; });
   EXPECT_FALSE(answered);
   desktop.settle();
   EXPECT_TRUE(answered);
-  bound.helper()->updateFrameIfNeeded();
-  EXPECT_THAT(log, ElementsAre("showSavePanel is not available in this build",
-                               "updateFrameIfNeeded is not available in this build"));
+  EXPECT_THAT(log, ElementsAre("showSavePanel is not available in this build"));
 }
 
 }  // namespace

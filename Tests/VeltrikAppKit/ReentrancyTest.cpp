@@ -12,15 +12,16 @@ struct Callback {
   const char* member;
   bool shownBefore;
   std::function<void(headless::HeadlessBackend&, NSWindow&)> provoke;
+  bool isPopover = false;
 };
 
-enum class Deed { closeWindow, dropHelper, dropDelegate, callBackIn, throwException };
+enum class Deed { closeWindow, dropHelper, dropDelegate, callBackIn, openWindow, becomeSheet, throwException };
 
-constexpr std::pair<Deed, const char*> kDeeds[] = {{Deed::closeWindow, "ClosesTheWindow"},
-                                                   {Deed::dropHelper, "DropsTheHelper"},
-                                                   {Deed::dropDelegate, "DropsTheDelegate"},
-                                                   {Deed::callBackIn, "CallsBackIn"},
-                                                   {Deed::throwException, "Throws"}};
+constexpr std::pair<Deed, const char*> kDeeds[] = {
+    {Deed::closeWindow, "ClosesTheWindow"},   {Deed::dropHelper, "DropsTheHelper"},
+    {Deed::dropDelegate, "DropsTheDelegate"}, {Deed::callBackIn, "CallsBackIn"},
+    {Deed::openWindow, "OpensAWindow"},       {Deed::becomeSheet, "BecomesASheet"},
+    {Deed::throwException, "Throws"}};
 
 void show(headless::HeadlessBackend&, NSWindow& window) {
   window.makeKeyAndOrderFront(nullptr);
@@ -50,6 +51,12 @@ const Callback kCallbacks[] = {
     {"showOnlyCloseButton", false, show},
     {"frameAutosaveName", false, show},
     {"windowDidResizeByAutoSavedFrame", false, show},
+    {"initialAttachmentsEdge", false, show},
+    {"parentWindowHelper", false, show},
+    {"attachWithoutAppendingAsChild", false, show},
+    {"popoverWindowDescription", false, show, true},
+    {"uiWindowBounds", false, show, true},
+    {"windowDidConvertedAsPopover", false, show, true},
     {"windowDidBecomeMain", false, show},
     {"windowDidBecomeKey", false, show},
     {"windowDidResignMain", true, loseFocus},
@@ -102,6 +109,10 @@ class WindowDelegateReentrancyTest
         break;
       case Deed::callBackIn:
         helper->addMovableBounds({0, 0, 10, 10});
+        helper->addChildWindowToParentWindowWith("parent");
+        helper->updateFrameIfNeeded();
+        helper->closeChildAlert();
+        helper->closeSheetWindow();
         helper->orderFrontBehideCurrentWindows();
         helper->makeMainAndKeyNSWindow();
         helper->addConversationTextInputViewOn({0, 500, 100, 30}, {});
@@ -110,6 +121,12 @@ class WindowDelegateReentrancyTest
         window.setTitle("main");
         helper->generateRightArrowKey();
         helper->resetAllMovableBounds();
+        break;
+      case Deed::openWindow:
+        makeNativeWindow({600, 500, 100, 100})->makeKeyAndOrderFront(nullptr);
+        break;
+      case Deed::becomeSheet:
+        helper->convertAsSheetWindowWithParentWindowHelper(hostWindow->parentHelper);
         break;
       case Deed::throwException:
         throw std::runtime_error("host");
@@ -120,9 +137,14 @@ class WindowDelegateReentrancyTest
 TEST_P(WindowDelegateReentrancyTest, LeavesThePluginUsable) {
   const auto& [callback, deed] = GetParam();
   const Deed wanted = deed.first;
+  const auto parent = PluginTest::show("parent");
   const auto native = makeNativeWindow();
+  native->contentView()->addSubview(std::make_shared<HostView>(Rect{0, 0, 800, 600}));
   auto hostWindow = std::make_shared<TestHostWindow>("main");
   hostWindow->autosaveName = "Chat";
+  hostWindow->edges = {2, 1};
+  hostWindow->parentHelper = parent.helper();
+  if (callback.isPopover) hostWindow->popover = {Rect{10, 20, 100, 80}, parent.helper(), std::nullopt};
   bind(hostWindow, native);
   if (callback.shownBefore) native->makeKeyAndOrderFront(nullptr);
   desktop.settle();
@@ -160,7 +182,9 @@ TEST_P(WindowDelegateReentrancyTest, LeavesThePluginUsable) {
 INSTANTIATE_TEST_SUITE_P(Every, WindowDelegateReentrancyTest,
                          testing::Combine(testing::ValuesIn(kCallbacks), testing::ValuesIn(kDeeds)),
                          [](const auto& row) {
-                           return std::string(std::get<0>(row.param).member) + std::get<1>(row.param).second;
+                           const Callback& callback = std::get<0>(row.param);
+                           return std::string(callback.isPopover ? "Popover_" : "") + callback.member +
+                                  std::get<1>(row.param).second;
                          });
 
 /// One member of the application-wide delegate, and what leads to its call.
@@ -217,6 +241,12 @@ class HostDelegateReentrancyTest
         appKit->activeIgnoringOtherApps();
         appKit->applicationDidFinishLaunching();
         appKit->applicationWillTerminate();
+        break;
+      case Deed::openWindow:
+        makeNativeWindow({600, 500, 100, 100})->makeKeyAndOrderFront(nullptr);
+        break;
+      case Deed::becomeSheet:
+        bound.helper()->convertAsSheetWindowWithParentWindowHelper(show("parent").helper());
         break;
       case Deed::throwException:
         throw std::runtime_error("host");

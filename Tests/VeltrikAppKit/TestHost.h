@@ -83,6 +83,9 @@ class TestHostWindow final : public VeltrikAppKitWindowHelperDelegateProtocol, p
   platform::Rect bounds{0, 0, 800, 600};
   platform::Size initialSize;
   std::optional<std::string> autosaveName;
+  std::optional<std::vector<int>> edges;
+  bool withoutAppendingAsChild = false;
+  std::shared_ptr<VeltrikAppKitWindowHelperProtocol> parentHelper;
   bool orderedOut = false;
   std::optional<PopoverWindowDescription> popover;
   bool onlyCloseButton = false;
@@ -99,13 +102,17 @@ class TestHostWindow final : public VeltrikAppKitWindowHelperDelegateProtocol, p
   platform::Rect uiWindowBounds() override { return asked("uiWindowBounds", bounds); }
   platform::Size initialWindowSize() override { return asked("initialWindowSize", initialSize); }
   std::optional<std::string> frameAutosaveName() override { return asked("frameAutosaveName", autosaveName); }
-  std::optional<std::vector<int>> initialAttachmentsEdge() override { return std::nullopt; }
-  bool attachWithoutAppendingAsChild() override { return false; }
+  std::optional<std::vector<int>> initialAttachmentsEdge() override { return asked("initialAttachmentsEdge", edges); }
+  bool attachWithoutAppendingAsChild() override {
+    return asked("attachWithoutAppendingAsChild", withoutAppendingAsChild);
+  }
   bool isOrderedOutWithFirstBecomeMain() override { return asked("isOrderedOutWithFirstBecomeMain", orderedOut); }
   std::optional<PopoverWindowDescription> popoverWindowDescription() override {
     return asked("popoverWindowDescription", popover);
   }
-  std::shared_ptr<VeltrikAppKitWindowHelperProtocol> parentWindowHelper() override { return nullptr; }
+  std::shared_ptr<VeltrikAppKitWindowHelperProtocol> parentWindowHelper() override {
+    return asked("parentWindowHelper", parentHelper);
+  }
   std::optional<platform::Bitmap> contentImage() override { return std::nullopt; }
   bool showOnlyCloseButton() override { return asked("showOnlyCloseButton", onlyCloseButton); }
   bool closableByUserInterface() override { return asked("closableByUserInterface", closable); }

@@ -14,10 +14,11 @@ namespace veltrik {
 
 class VeltrikAppKitWindowHelperProtocol;
 
-/// Makes a window a popover. It becomes one only with a target frame and a parent; any description at all gives it a
-/// popover's content rectangle.
+/// Makes a window a popover: a floating child window of its parent without borders, which fades in. It becomes one only
+/// with a target frame and a parent; any description at all gives it a popover's content rectangle.
 struct PopoverWindowDescription {
-  /// Where it goes, host points from the top left corner of the parent window.
+  /// Where it goes, host points from the top left corner of the parent window. Left of the parent's screen it goes to
+  /// the parent's right instead, below it 20 points above the bottom.
   std::optional<platform::Rect> targetFrame;
   std::shared_ptr<VeltrikAppKitWindowHelperProtocol> parentWindowHelper;
   /// Edges as in `initialAttachmentsEdge`; when there are any, they place the popover beside its parent.
@@ -42,15 +43,17 @@ class VeltrikAppKitWindowHelperDelegateProtocol {
   virtual platform::Size initialWindowSize() = 0;
   /// When shown: the name under which the window's frame is kept from run to run.
   virtual std::optional<std::string> frameAutosaveName() = 0;
-  /// When shown: edges by which the window attaches to its parent, 0 left, 1 top, 2 right, 3 bottom. To come.
+  /// When shown: edges by which the window attaches to its parent, 0 left, 1 top, 2 right, 3 bottom: [2, 1] and
+  /// [2, 3] at its right, tops or bottoms level, [0, 1] and [0, 3] at its left, 4 points away, or at the other side
+  /// where the screen ends; [0, 2, 1, 3] in its middle, then not as a child window; any others leave it where it is.
   virtual std::optional<std::vector<int>> initialAttachmentsEdge() = 0;
-  /// When shown: place the window beside its parent without making it a child window. To come.
+  /// When shown: place the window beside its parent without making it a child window.
   virtual bool attachWithoutAppendingAsChild() = 0;
   /// When shown: hide the window again at once.
   virtual bool isOrderedOutWithFirstBecomeMain() = 0;
-  /// At binding and when shown. The popover's placement and looks are to come.
+  /// At binding and when shown.
   virtual std::optional<PopoverWindowDescription> popoverWindowDescription() = 0;
-  /// When shown: the window to attach to. To come.
+  /// When shown: the window to attach to.
   virtual std::shared_ptr<VeltrikAppKitWindowHelperProtocol> parentWindowHelper() = 0;
   /// Not read by the plug-in.
   virtual std::optional<platform::Bitmap> contentImage() = 0;
@@ -84,7 +87,7 @@ class VeltrikAppKitWindowHelperDelegateProtocol {
   virtual void windowDidResignMain() = 0;
   virtual void windowDidBecomeKey() = 0;
   virtual void windowDidResignKey() = 0;
-  /// The window became a popover. To come: not called yet.
+  /// The window became a popover, and is about to fade in.
   virtual void windowDidConvertedAsPopover() = 0;
   /// The user is about to give the window's frame this size.
   virtual void windowWillResize(platform::Size size) = 0;

@@ -73,12 +73,15 @@ class VeltrikAppKitWindowHelperProtocol {
 
   // Roles
 
-  /// Makes this window a child of the one bound to `uiWindowID`, above it; its place stays. To come.
+  /// Makes this window a child of the one bound to `uiWindowID`, above it; its place stays. Nothing when there is
+  /// no such window.
   virtual void addChildWindowToParentWindowWith(const std::string& uiWindowID) = 0;
-  /// Shows this window as a sheet of the other helper's window. To come.
+  /// Hangs this window as a sheet from the other helper's window, which gets its title bar back until the sheet ends.
+  /// The other window's content takes no input meanwhile.
   virtual void convertAsSheetWindowWithParentWindowHelper(
       const std::shared_ptr<VeltrikAppKitWindowHelperProtocol>& parent) = 0;
-  /// Moves the window so that it fits its screen. To come.
+  /// Moves the window so that it fits its screen, narrows one that is wider; one that sticks out at the top or at the
+  /// bottom goes to the height 0.
   virtual void updateFrameIfNeeded() = 0;
 
   // Order and closing

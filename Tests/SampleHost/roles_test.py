@@ -1,0 +1,314 @@
+"""Child windows, popovers and sheets on a real X server, moved and read by outside programs. Needs a display with a window
+manager and a session bus: run it under scripts/private-desktop --wm openbox."""
+
+import os
+import subprocess
+import tempfile
+import unittest
+
+from console_client import Console, rect
+from x_windows import XServer
+
+MAIN = rect(420, 180, 400, 420)
+CHILDREN = {"right": rect(0, 0, 140, 120), "below": rect(0, 0, 150, 100), "left": rect(0, 0, 160, 110)}
+EDGES = {"right": [2, 1], "below": [2, 3], "left": [0, 1]}
+
+
+def run(*command):
+    return subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, check=True, timeout=20).stdout.decode()
+
+
+class RolesCase(unittest.TestCase):
+    def setUp(self):
+        self.host = self.start()
+        self.server = XServer()
+        self.addCleanup(self.server.close)
+        self.screen = int(run("xdotool", "getdisplaygeometry").split()[1])
+
+    def start(self, environment=None):
+        host = Console("desktop", environment)
+        self.addCleanup(host.__exit__)
+        host.call("host", "launch")
+        return host
+
+    def read(self, window, field):
+        return self.host.desktop("read", window, field)
+
+    def until(self, condition, what):
+        return self.host.until(condition, what)
+
+    def open(self, name, frame, answers=None, host=None):
+        host = host or self.host
+        for member, value in (answers or {}).items():
+            host.call("host", "answer", f"window:{name}", member, value)
+        host.call("app", "bindNSWindowWithUIWindowID", name)
+        host.desktop("makeWindow", name, frame)
+        host.desktop("orderFront", name)
+        host.until(lambda: host.desktop("read", name, "visible"), f"{name} is shown")
+        return host.desktop("read", name, "nativeHandle")
+
+    def open_family(self):
+        self.main = self.open("main", MAIN)
+        self.family = {name: self.open(name, frame, {"initialAttachmentsEdge": EDGES[name], "parentWindowHelper": "window:main"})
+                       for name, frame in CHILDREN.items()}
+
+    def place(self, handle):
+        return self.server.place(handle)
+
+    def offsets(self):
+        x, y = self.place(self.main)
+        return {name: (px - x, py - y) for name, (px, py) in ((n, self.place(h)) for n, h in self.family.items())}
+
+    def model_offsets(self):
+        """The same by the model's frames."""
+        main = self.read("main", "frame")
+        top = main["y"] + main["height"]
+        frames = {name: self.read(name, "frame") for name in self.family}
+        return {name: (f["x"] - main["x"], top - f["y"] - f["height"]) for name, f in frames.items()}
+
+    def stacking(self):
+        """Ours, from the lowest to the highest, as the window manager tells."""
+        words = run("xprop", "-root", "_NET_CLIENT_LIST_STACKING").replace(",", " ").split()
+        return [int(word, 16) for word in words if word.startswith("0x")]
+
+    def has_state(self, handle, state):
+        return f"_NET_WM_STATE_{state}" in run("xprop", "-id", handle, "_NET_WM_STATE")
+
+    def is_mapped(self, handle):
+        return "IsViewable" in run("xwininfo", "-id", handle)
+
+    def title_bar(self):
+        """A point of the main window's title bar, from the top left."""
+        frame = self.read("main", "frame")
+        return int(frame["x"]) + 200, self.screen - int(frame["y"] + frame["height"]) + 12
+
+
+class Children(RolesCase):
+    def setUp(self):
+        super().setUp()
+        self.open_family()
+        self.expected = self.model_offsets()
+        self.until(lambda: self.offsets() == self.expected, "the server shows what the model says")
+
+    def test_a_hundred_moves_leave_every_child_in_place(self):
+        for number in range(100):
+            x, y = 300 + 97 * number % 211, 120 + 61 * number % 173
+            if number % 2:
+                run("xdotool", "windowmove", self.main, x, y)
+            else:
+                self.host.desktop("setFrame", "main", rect(x, self.screen - y - MAIN["height"], MAIN["width"], MAIN["height"]))
+            self.until(lambda at=(x, y): self.place(self.main) == at, f"move {number} to {(x, y)}: {self.place(self.main)}")
+            self.until(lambda: self.offsets() == self.expected, f"move {number}: {self.offsets()}, not {self.expected}")
+        self.assertEqual(self.model_offsets(), self.expected)
+
+    def test_a_drag_takes_the_children_along_at_every_step(self):
+        frames = {name: self.server.top_level(handle) for name, handle in {"main": self.main, **self.family}.items()}
+        names = {frame: name for name, frame in frames.items()}
+        start = {name: self.place(frame) for name, frame in frames.items()}
+        for frame in frames.values():
+            self.server.watch(frame)
+        x, y = self.title_bar()
+        run("xdotool", "mousemove", x, y, "mousedown", 1)
+        for step in range(1, 41):
+            run("xdotool", "mousemove", x - 3 * step, y + 2 * step)
+        run("xdotool", "mouseup", 1)
+        self.until(lambda: self.place(self.main)[0] < start["main"][0] - 90, "the window was dragged")
+        self.until(lambda: self.offsets() == self.expected, "the children rest where they belong")
+
+        parent_steps = [(0, 0)]
+        made = dict.fromkeys(self.family, 0)
+        worst = 0
+        for frame, px, py in self.server.steps():
+            name = names[frame]
+            step = (px - start[name][0], py - start[name][1])
+            if name == "main":
+                if step != parent_steps[-1]:
+                    parent_steps.append(step)
+                worst = max(worst, *(len(parent_steps) - 1 - index for index in made.values()))
+            elif step in parent_steps:
+                made[name] = len(parent_steps) - 1 - parent_steps[::-1].index(step)
+        self.assertGreater(len(parent_steps), 10, "the drag went in steps")
+        self.assertEqual(set(made.values()), {len(parent_steps) - 1})
+        self.assertLessEqual(worst, 1, "a child is one step behind its parent at most")
+
+    def test_they_minimise_restore_and_close_with_their_parent(self):
+        helper = "window:main"
+        for _ in range(2):
+            self.host.call(helper, "minimize")
+            for handle in (self.main, *self.family.values()):
+                self.until(lambda h=handle: not self.is_mapped(h), "all leave the screen")
+            self.host.call(helper, "becomeFirstWindow")
+            for handle in (self.main, *self.family.values()):
+                self.until(lambda h=handle: self.is_mapped(h), "all are back")
+            self.until(lambda: self.offsets() == self.expected, "in their places")
+        run("xdotool", "windowminimize", self.main)
+        for name, handle in {"main": self.main, **self.family}.items():
+            self.until(lambda n=name, h=handle: not self.is_mapped(h) and not self.read(n, "visible"), f"{name} goes too")
+        run("xdotool", "windowactivate", self.main)
+        for name, handle in {"main": self.main, **self.family}.items():
+            self.until(lambda n=name, h=handle: self.is_mapped(h) and self.read(n, "visible"), f"{name} is back")
+        self.until(lambda: self.offsets() == self.expected, "in their places")
+        self.host.call(helper, "closeWindow")
+        self.until(lambda: not any(handle in self.stacking() for handle in self.family.values()), "all are closed")
+
+    def test_they_go_to_another_desktop_with_it(self):
+        run("xdotool", "set_num_desktops", 2)
+        self.addCleanup(run, "xdotool", "set_num_desktops", 1)
+        for desktop in ("1", "0"):
+            run("xdotool", "set_desktop_for_window", self.main, desktop)
+            for handle in (self.main, *self.family.values()):
+                self.until(lambda h=handle, d=desktop: run("xdotool", "get_desktop_for_window", h).strip() == d,
+                           f"all are on desktop {desktop}")
+
+    def test_the_stacking_is_the_models(self):
+        handles = {"main": self.main, **self.family, "other": self.open("other", rect(500, 200, 300, 300))}
+        numbers = {self.read(name, "number"): handle for name, handle in handles.items()}
+
+        def agree():
+            expected = [numbers[number] for number in reversed(self.host.desktop("orderedWindows"))]
+            return [handle for handle in self.stacking() if handle in expected] == expected
+
+        for window, call in (("main", "becomeFirstWindow"), ("other", "becomeFirstWindow"), ("left", "becomeFirstWindow"),
+                             ("other", "orderFrontNSWindow"), ("main", "orderFrontBehideCurrentWindows"),
+                             ("below", "makeMainAndKeyNSWindow")):
+            with self.subTest(window, call=call):
+                self.host.call(f"window:{window}", call)
+                self.until(agree, f"{self.stacking()} is what the model says")
+
+
+class Levels(RolesCase):
+    def test_always_on_top_survives_hide_and_show(self):
+        main = self.open("main", MAIN)
+        self.host.call("window:main", "setIsWindowHidden", True)
+        self.host.call("window:main", "setAlwaysOnTop", True)
+        for _ in range(3):
+            self.host.call("window:main", "setIsWindowHidden", False)
+            self.until(lambda: self.has_state(main, "ABOVE"), "it is above")
+            self.assertTrue(self.host.call("window:main", "alwaysOnTop"))
+            self.host.call("window:main", "setIsWindowHidden", True)
+            self.until(lambda: not self.is_mapped(main), "it is hidden")
+
+
+class Popover(RolesCase):
+    def test_it_floats_at_its_place_fades_in_and_closes_with_main(self):
+        main = self.open("main", MAIN)
+        popover = self.open("popover", rect(0, 0, 200, 120), {
+            "popoverWindowDescription": {"targetFrame": rect(50, 60, 200, 120), "parentWindowHelper": "window:main"}})
+        x, y = self.place(main)
+        self.until(lambda: self.place(popover) == (x + 50, y + 60), "it is at its place")
+        self.assertIn(f"{main:#x}", run("xprop", "-id", popover, "WM_TRANSIENT_FOR"))
+        self.until(lambda: self.has_state(popover, "ABOVE"), "it floats")
+        self.until(lambda: self.host.call("window:popover", "alpha") == 1, "it has faded in")
+        run("xdotool", "windowmove", main, 200, 150)
+        self.until(lambda: self.place(popover) == (250, 210), "it stays with its parent")
+        run("xdotool", "mousemove", 200 + 300, 150 + 350, "click", 1)
+        self.until(lambda: popover not in self.stacking(), "a click on the parent closes it")
+
+
+class Sheet(RolesCase):
+    def setUp(self):
+        super().setUp()
+        self.main = self.open("main", MAIN)
+        self.sheet = self.open("sheet", rect(0, 0, 240, 120))
+        self.host.call("window:sheet", "convertAsSheetWindowWithParentWindowHelper", "window:main")
+        self.until(lambda: self.is_mapped(self.sheet), "it is shown")
+
+    def active(self):
+        return int(run("xprop", "-root", "_NET_ACTIVE_WINDOW").split()[-1], 16)
+
+    def below_title_bar(self):
+        x, y = self.place(self.main)
+        return self.place(self.sheet) == (x + 80, y + 29)
+
+    def test_it_hangs_from_the_title_bar_and_blocks_its_parent_only(self):
+        self.until(self.below_title_bar, "it hangs below the title bar")
+        self.until(lambda: self.has_state(self.sheet, "MODAL"), "the window manager knows")
+        self.until(lambda: self.active() == self.sheet, "it has the keyboard")
+        other = self.open("other", rect(20, 20, 200, 200))
+        self.until(lambda: self.active() == other, "another window takes the keyboard")
+        self.host.call("host", "answer", "window:main", "mouseRightClick", True)
+        self.host.take()
+        x, y = self.place(self.main)
+        for _ in range(2):
+            run("xdotool", "mousemove", x + 30, y + 350, "click", 1, "click", 3)
+            self.until(lambda: self.active() == self.sheet, "a click on the parent calls the sheet")
+        self.assertNotIn("mouseRightClick", self.host.events("window:main"))
+        run("xdotool", "mousemove", x + 15, y + 14, "click", 1)
+        self.assertIn(self.main, self.stacking(), "the close button")
+        ordered = [handle for handle in self.stacking() if handle in (self.main, self.sheet)]
+        self.assertEqual(ordered, [self.main, self.sheet])
+
+    def test_it_moves_with_its_parent(self):
+        self.until(self.below_title_bar, "it hangs below the title bar")
+        x, y = self.title_bar()
+        start = self.place(self.main)
+        run("xdotool", "mousemove", x, y, "mousedown", 1)
+        for step in range(1, 21):
+            run("xdotool", "mousemove", x + 4 * step, y + 3 * step)
+        run("xdotool", "mouseup", 1)
+        self.until(lambda: self.place(self.main)[0] > start[0] + 50, "dragged by the title bar")
+        self.until(self.below_title_bar, "it is there")
+        run("xdotool", "windowmove", self.main, 250, 90)
+        self.until(lambda: self.place(self.main) == (250, 90) and self.below_title_bar(), "moved by the window manager")
+
+    def test_it_ends_and_leaves_the_parent_usable(self):
+        self.host.call("window:main", "closeChildAlert")
+        self.until(lambda: self.sheet not in self.stacking(), "it is gone")
+        self.until(lambda: self.active() == self.main, "the keyboard is back")
+        self.host.call("host", "answer", "window:main", "mouseRightClick", True)
+        x, y = self.place(self.main)
+        run("xdotool", "mousemove", x + 30, y + 350, "click", 3)
+        self.until(lambda: "mouseRightClick" in self.host.events("window:main"), "the parent takes clicks")
+
+
+class Autosave(RolesCase):
+    def test_a_frame_survives_restarts_of_the_process(self):
+        frame = rect(317, 143, 411, 333)
+        with tempfile.TemporaryDirectory() as home:
+            environment = {"HOME": home, "XDG_CONFIG_HOME": os.path.join(home, "config"),
+                           "XDG_DATA_HOME": os.path.join(home, "data")}
+            for run_number in range(4):
+                with self.subTest(run=run_number), Console("desktop", environment) as host:
+                    host.call("host", "launch")
+                    self.open("chat", rect(50, 60, 200, 200), {"frameAutosaveName": "Chat"}, host)
+                    if run_number == 0:
+                        host.desktop("setFrame", "chat", frame)
+                    handle = host.desktop("read", "chat", "nativeHandle")
+                    place = (frame["x"], self.screen - frame["y"] - frame["height"])
+                    host.until(lambda h=handle: self.place(h) == place, "the server shows it there")
+                    self.assertEqual(host.call("window:chat", "nsWindowFrame"), frame)
+                    host.call("window:chat", "closeWindow")
+
+
+class Companion(RolesCase):
+    def test_another_process_hears_of_each_frame_once(self):
+        self.open("main", MAIN)
+        other = Console("desktop")
+        self.addCleanup(other.__exit__)
+        other.desktop("observe", "mirelo_parentWindowFrame")
+
+        def heard():
+            frames = [line["args"][1] for line in other.take() if line.get("event") == "notification"]
+            self.heard += [(frame["parentID"], frame["isResized"], frame["parentFrame"]) for frame in frames]
+            return self.heard
+
+        self.heard = []
+        x, y = self.title_bar()
+        run("xdotool", "mousemove", x, y, "mousedown", 1)
+        for step in range(1, 21):
+            run("xdotool", "mousemove", x + 4 * step, y + 3 * step)
+        self.until(lambda: self.read("main", "frame")["x"] > MAIN["x"] + 40, "the window moves")
+        self.assertEqual(heard(), [], "nothing before the button is up")
+        run("xdotool", "mouseup", 1)
+        self.until(lambda: len(heard()) == 1, f"one frame after the move: {self.heard}")
+        run("xdotool", "mousemove", x + 80, y + 260, "click", 1)
+        for _ in range(2):
+            self.host.desktop("setFrame", "main", rect(100, 120, 300, 310))
+        self.until(lambda: len(heard()) >= 2, "the resize")
+        other.desktop("settle")
+        self.assertEqual([(window, resized) for window, resized, _ in heard()], [("main", "false"), ("main", "true")])
+        self.assertEqual(self.heard[1][2], "{{100, 120}, {300, 310}}")
+
+
+if __name__ == "__main__":
+    unittest.main()
