@@ -4,7 +4,9 @@
 #include <limits>
 
 #include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSPasteboard.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "VeltrikAppKit/PasteboardFiles.h"
 
 namespace veltrik {
 
@@ -48,6 +50,27 @@ void DraggerNSView::mouseDown(const EventPointer& event) {
   dragged.trackEvents(eventMask(EventType::leftMouseDragged) | eventMask(EventType::leftMouseUp),
                       std::numeric_limits<double>::max(), track);
   if (clicked) FlipedNSView::mouseDown(event);
+}
+
+void FileDroppableNSView::setFileDropAction(FileDropAction action) {
+  registerForDraggedTypes({platform::PasteboardType::kURL});
+  fileDropAction_ = std::move(action);
+}
+
+platform::DragOperation FileDroppableNSView::draggingEntered(const platform::NSDraggingInfo& /*dragged*/) {
+  return platform::DragOperation::copy;
+}
+
+bool FileDroppableNSView::prepareForDragOperation(const platform::NSDraggingInfo& /*dragged*/) {
+  return true;
+}
+
+bool FileDroppableNSView::performDragOperation(const platform::NSDraggingInfo& dragged) {
+  const auto files = readFiles(dragged.pasteboard, "dropableImages");
+  if (files.empty()) return false;
+  const FileDropAction action = fileDropAction_;  // which may close the window, and this view with it
+  if (action) action(files);
+  return true;
 }
 
 }  // namespace veltrik

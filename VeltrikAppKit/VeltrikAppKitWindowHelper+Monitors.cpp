@@ -9,7 +9,6 @@
 #include "VeltrikAppKit/NSWindow+Veltrik.h"
 #include "VeltrikAppKit/Protocols/VeltrikAppKitWindowHelperDelegateProtocol.h"
 #include "VeltrikAppKit/TextInputNSView.h"
-#include "VeltrikAppKit/Unavailable.h"
 #include "VeltrikAppKit/VeltrikAppKitWindowHelper.h"
 
 namespace veltrik {
@@ -116,11 +115,6 @@ EventPointer VeltrikAppKitWindowHelper::handleKey(const EventPointer& event) {
   const auto delegate = delegate_.lock();
   if (delegate && !delegate->isInputableIosResponder() && !takesTyping(*event)) return nullptr;
   return event;
-}
-
-void VeltrikAppKitWindowHelper::showPopoverMenuWithItems(
-    const std::vector<std::shared_ptr<VeltrikPopoverMenuItemProtocol>>&) {
-  logUnavailable("showPopoverMenuWithItems");
 }
 
 void VeltrikAppKitWindowHelper::generateRightArrowKey() {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Platform/AppKit/NSEvent.h"
+#include "Platform/AppKit/NSMenu.h"
 #include "Platform/AppKit/NSWindowDelegate.h"
 #include "Platform/Foundation/PassthroughSubject.h"
 #include "VeltrikAppKit/Protocols/VeltrikAppKitWindowHelperProtocol.h"
@@ -14,6 +15,7 @@
 namespace platform {
 class NSLayoutConstraint;
 class NSResponder;
+class NSView;
 class NSWindow;
 }  // namespace platform
 
@@ -33,6 +35,7 @@ struct ParentFrameChangeInfo {
 /// Main thread.
 class VeltrikAppKitWindowHelper final : public VeltrikAppKitWindowHelperProtocol,
                                         public platform::NSWindowDelegate,
+                                        public platform::NSMenuDelegate,
                                         public std::enable_shared_from_this<VeltrikAppKitWindowHelper> {
  public:
   /// When a binding waits for `uiWindowID`: makes the window's helper, hands it to the host, applies the initial state
@@ -105,8 +108,11 @@ class VeltrikAppKitWindowHelper final : public VeltrikAppKitWindowHelperProtocol
   void setContentSize(const platform::Rect& bounds) override;
   void setCloseButtonHidden(bool hidden) override;
 
-  // VeltrikAppKitWindowHelper+Monitors.cpp
+  // VeltrikAppKitWindowHelper+Menu.cpp
   void showPopoverMenuWithItems(const std::vector<std::shared_ptr<VeltrikPopoverMenuItemProtocol>>& items) override;
+  void menuDidClose(platform::NSMenu& menu) override;
+
+  // VeltrikAppKitWindowHelper+Monitors.cpp
   void generateRightArrowKey() override;
   platform::Color nsColorFromHex(std::int32_t hex, double alpha) const override;
 
@@ -155,6 +161,8 @@ class VeltrikAppKitWindowHelper final : public VeltrikAppKitWindowHelperProtocol
   bool isRightClickConsumed(const platform::NSEvent& event);
   void moveFocusForClick(const platform::NSEvent& event);
   platform::EventPointer handleKey(const platform::EventPointer& event);
+  std::shared_ptr<platform::NSMenuItem> makeMenuItem(const VeltrikPopoverMenuItemProtocol& item);
+  void popoverMenuAction(const platform::NSMenuItem& sender);
   void addTextInputView(InputType type, const platform::Rect& bounds,
                         std::weak_ptr<VeltrikTextInputViewDelegate> delegate);
 
@@ -168,6 +176,8 @@ class VeltrikAppKitWindowHelper final : public VeltrikAppKitWindowHelperProtocol
   std::shared_ptr<platform::NSResponder> catalystFirstResponder_;
   std::shared_ptr<TextInputNSView> inputView_;
   std::shared_ptr<platform::NSLayoutConstraint> inputViewLeadingConstraint_;
+  /// Covers the content while the context menu is open.
+  std::shared_ptr<platform::NSView> contextMenuContainer_;
   /// The user moves the window; the next left mouse-up publishes where to.
   bool windowMoveOn_ = false;
   std::vector<platform::AnyCancellable> cancelables_;

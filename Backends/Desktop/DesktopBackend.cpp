@@ -17,10 +17,12 @@
 #include "Backends/Desktop/DesktopFileIcons.h"
 #include "Backends/Desktop/DesktopFileOpener.h"
 #include "Backends/Desktop/DesktopLoop.h"
+#include "Backends/Desktop/DesktopMenus.h"
 #include "Backends/Desktop/DesktopPresence.h"
 #include "Backends/Desktop/DesktopText.h"
 #include "Backends/Desktop/DesktopTray.h"
 #include "Backends/Desktop/DesktopWindowHost.h"
+#include "Backends/Desktop/SelectionReader.h"
 #include "Backends/Desktop/SessionBus.h"
 
 namespace desktop {
@@ -85,7 +87,7 @@ struct Sweeper {
 struct DesktopBackend::Parts {
   explicit Parts(const DesktopOptions& options)
       : application(options.identifier),
-        windows(options.identifier),
+        windows(options.identifier, selections),
         dock(bus, options.identifier),
         tray(options.identifier),
         folders(userFolders()) {}
@@ -93,9 +95,10 @@ struct DesktopBackend::Parts {
   Application application;
   Sweeper sweeper;
   DesktopLoop loop;
+  SelectionReader selections;
   DesktopWindowHost windows;
   DesktopText text;
-  DesktopClipboard clipboard;
+  DesktopClipboard clipboard{selections};
   SessionBus bus;
   DBusBroadcast broadcast{bus};
   DesktopApplications applications;
@@ -104,6 +107,7 @@ struct DesktopBackend::Parts {
   DesktopFileIcons fileIcons;
   DesktopPresence presence{bus};
   DesktopTray tray;
+  DesktopMenus menus;
   platform::port::Folders folders;
 };
 
@@ -161,6 +165,10 @@ platform::port::FileIcons* DesktopBackend::fileIcons() {
 
 platform::port::Tray* DesktopBackend::tray() {
   return &parts_->tray;
+}
+
+platform::port::MenuHost* DesktopBackend::menus() {
+  return &parts_->menus;
 }
 
 const platform::port::Folders& DesktopBackend::folders() const {

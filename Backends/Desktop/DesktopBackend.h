@@ -35,6 +35,7 @@ class DesktopBackend final : public platform::port::Backend {
   platform::port::FileIcons* fileIcons() override;
   platform::port::Presence* presence() override;
   platform::port::Tray* tray() override;
+  platform::port::MenuHost* menus() override;
   const platform::port::Folders& folders() const override;
 
  private:

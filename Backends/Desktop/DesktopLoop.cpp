@@ -86,11 +86,12 @@ void DesktopLoop::serve() {
 }
 
 void DesktopLoop::serveForeignLoop() {
-  const bool isOurTurn = waitLevel_ >= 0 && QThread::currentThread()->loopLevel() <= waitLevel_;
-  if (isOurTurn || serving_) return;
-  serving_ = true;
+  const int level = QThread::currentThread()->loopLevel();
+  // A service may itself run a loop of the toolkit, which wants to be served in turn.
+  if (level <= waitLevel_ || level <= servingLevel_) return;
+  const int outer = std::exchange(servingLevel_, level);
   serve();
-  serving_ = false;
+  servingLevel_ = outer;
 }
 
 void DesktopLoop::arm(double deadline) {

@@ -38,8 +38,8 @@ class DesktopLoop final : public platform::port::LoopDriver {
 
   platform::port::LoopSink* sink_ = nullptr;
   double nextService_ = 0;
-  int waitLevel_ = -1;  ///< how many loops of the toolkit ran when our innermost wait began; -1: none waits
-  bool serving_ = false;
+  int waitLevel_ = -1;     ///< how many loops of the toolkit ran when our innermost wait began; -1: none waits
+  int servingLevel_ = -1;  ///< how many loops of the toolkit ran when a foreign one's service began; -1: none is served
   QTimer alarm_;
   std::unique_ptr<Waker> waker_;
   QMetaObject::Connection aboutToBlock_;

@@ -21,13 +21,13 @@ constexpr qint64 kRestackMilliseconds = 100;
 
 }  // namespace
 
-DesktopWindowHost::DesktopWindowHost(std::string identifier)
+DesktopWindowHost::DesktopWindowHost(std::string identifier, SelectionReader& selections)
     : services_(
           [this](xcb_window_t window) -> SurfaceSink* {
             DesktopSurface* surface = find(window);
             return surface ? &surface->sink() : nullptr;
           },
-          std::move(identifier)) {
+          std::move(identifier), selections) {
   screensTimer_.setSingleShot(true);
   QObject::connect(&screensTimer_, &QTimer::timeout, &context_, [this] { reportScreens(); });
   QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, &context_, [this] { updateActive(); });

@@ -19,7 +19,7 @@ class DesktopSurface;
 class DesktopWindowHost final : public platform::port::WindowHost {
  public:
   /// `identifier`: the desktop file's name without its suffix.
-  explicit DesktopWindowHost(std::string identifier);
+  DesktopWindowHost(std::string identifier, SelectionReader& selections);
   ~DesktopWindowHost() override;
   DesktopWindowHost(const DesktopWindowHost&) = delete;
   DesktopWindowHost& operator=(const DesktopWindowHost&) = delete;

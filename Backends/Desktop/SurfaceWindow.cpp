@@ -6,6 +6,7 @@
 #include <qpa/qplatforminputcontext.h>
 #include <qpa/qplatformintegration.h>
 
+#include <QDropEvent>
 #include <QInputMethodEvent>
 #include <QInputMethodQueryEvent>
 #include <QKeyEvent>
@@ -227,6 +228,16 @@ bool SurfaceWindow::event(QEvent* event) {
     case QEvent::KeyPress:
       reportKey(static_cast<const QKeyEvent&>(*event));
       return true;
+    case QEvent::DragEnter:
+      event->ignore();  // so that every step is asked about, not the first one for all
+      return true;
+    case QEvent::DragMove:
+    case QEvent::Drop:
+      reportDrag(static_cast<QDropEvent&>(*event));
+      return true;
+    case QEvent::DragLeave:
+      sink_->surfaceDragExited();
+      return true;
     case QEvent::InputMethodQuery:
       answer(static_cast<QInputMethodQueryEvent&>(*event));
       return true;
@@ -281,6 +292,16 @@ void SurfaceWindow::reportKey(const QKeyEvent& event) {
     sink_->surfaceKeyAfterInputMethod(*input);
   }
   services.keys.keyReported();
+}
+
+void SurfaceWindow::reportDrag(QDropEvent& event) {
+  const DragContents contents(*event.mimeData(), services_.selections, services_.dragClock.time());
+  const platform::Point location = toModel(mapToGlobal(event.position()));
+  const bool taken = event.type() == QEvent::Drop ? sink_->surfaceDropped(contents, location)
+                                                  : sink_->surfaceDragMoved(contents, location);
+  // A source that only moves would delete what it believes to be moved.
+  event.setAccepted(taken && event.possibleActions().testFlag(Qt::CopyAction));
+  if (event.isAccepted()) event.setDropAction(Qt::CopyAction);
 }
 
 void SurfaceWindow::answer(QInputMethodQueryEvent& event) const {

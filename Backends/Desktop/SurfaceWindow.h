@@ -7,6 +7,7 @@
 
 #include "Platform/Port/WindowHost.h"
 
+class QDropEvent;
 class QInputMethodQueryEvent;
 class QMouseEvent;
 class QWheelEvent;
@@ -48,6 +49,7 @@ class SurfaceWindow final : public QWindow {
   void reportPointer(platform::port::PointerAction action, const QPointF& globalPosition, Qt::KeyboardModifiers held);
   void reportWheel(const QWheelEvent& event);
   void reportKey(const QKeyEvent& event);
+  void reportDrag(QDropEvent& event);
   void answer(QInputMethodQueryEvent& event) const;
 
   DesktopSurface* surface_;

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "Backends/Desktop/Composition.h"
+#include "Backends/Desktop/DragContents.h"
 #include "Backends/Desktop/KeyFilter.h"
+#include "Backends/Desktop/SelectionReader.h"
 #include "Backends/Desktop/XServer.h"
 
 namespace desktop {
@@ -9,13 +11,15 @@ namespace desktop {
 /// What the surfaces of one back end share.
 class WindowServices {
  public:
-  WindowServices(KeyFilter::Finder finder, std::string className)
-      : identifier(std::move(className)), keys(x, composition, std::move(finder)) {}
+  WindowServices(KeyFilter::Finder finder, std::string className, SelectionReader& selectionReader)
+      : identifier(std::move(className)), keys(x, composition, std::move(finder)), selections(selectionReader) {}
 
   std::string identifier;  ///< the desktop file's name: every window's class
   XServer x;
   Composition composition;
   KeyFilter keys;
+  SelectionReader& selections;
+  DragClock dragClock;
 };
 
 }  // namespace desktop

@@ -9,6 +9,7 @@
 #include "Backends/Headless/HeadlessFileOpener.h"
 #include "Backends/Headless/HeadlessInputMethod.h"
 #include "Backends/Headless/HeadlessLoop.h"
+#include "Backends/Headless/HeadlessMenus.h"
 #include "Backends/Headless/HeadlessPresence.h"
 #include "Backends/Headless/HeadlessText.h"
 #include "Backends/Headless/HeadlessTray.h"
@@ -22,6 +23,7 @@ namespace headless {
 struct HeadlessOptions {
   bool hasBroadcast = true;
   bool hasShell = true;  ///< a dock, a file manager, an icon theme, a status bar
+  bool hasMenus = true;
 };
 
 /// A desktop in memory: the same every time, with a clock of its own, a user that does what a test says, and a journal
@@ -52,6 +54,7 @@ class HeadlessBackend final : public platform::port::Backend {
   HeadlessFileIcons* fileIcons() override { return options_.hasShell ? &fileIcons_ : nullptr; }
   HeadlessPresence* presence() override { return &presence_; }
   HeadlessTray* tray() override { return options_.hasShell ? &tray_ : nullptr; }
+  HeadlessMenus* menus() override { return options_.hasMenus ? &menus_ : nullptr; }
   /// Empty folders of this back end alone, removed with it.
   const platform::port::Folders& folders() const override { return folders_; }
 
@@ -82,7 +85,8 @@ class HeadlessBackend final : public platform::port::Backend {
   HeadlessPresence presence_{loop_, faults_};
   HeadlessTray tray_{loop_, journal_};
   HeadlessInputMethod inputMethod_{windows_, journal_};
-  HeadlessUser user_{loop_, windows_, inputMethod_, presence_};
+  HeadlessMenus menus_{loop_, journal_};
+  HeadlessUser user_{loop_, windows_, inputMethod_, presence_, menus_};
   platform::port::Folders folders_;
 };
 

@@ -43,6 +43,8 @@ class HeadlessLoop final : public platform::port::LoopDriver {
   /// The user sets the wall clock; `now` goes on as it was.
   void shiftWallClock(double seconds) { wallClockShift_ += seconds; }
 
+  /// Serves the sink once, as a loop of the machine's own does; when it wants to be served again at the latest.
+  double serve() { return service(); }
   /// Queues something the machine will deliver: one for each wait, in order.
   void deliver(std::function<void()> delivery) { deliveries_.push_back(std::move(delivery)); }
   /// Paints what is dirty in a turn with nothing to deliver; true when it painted something.

@@ -56,6 +56,23 @@ std::string_view plainCharacters(std::uint16_t keyCode, std::string_view charact
   return characters.empty() && keyCode == kReturn ? "\r" : characters;
 }
 
+class DraggedContents final : public platform::port::Contents {
+ public:
+  explicit DraggedContents(const std::map<std::string, std::string>& contents) : contents_(contents) {}
+  std::vector<std::string> types() const override {
+    std::vector<std::string> types;
+    for (const auto& each : contents_) types.push_back(each.first);
+    return types;
+  }
+  std::optional<std::string> read(const std::string& type) const override {
+    const auto found = contents_.find(type);
+    return found == contents_.end() ? std::nullopt : std::optional(found->second);
+  }
+
+ private:
+  const std::map<std::string, std::string>& contents_;
+};
+
 PointerAction actionFor(Button button, bool down) {
   switch (button) {
     case Button::left:
@@ -128,6 +145,31 @@ void HeadlessUser::wheel(Point at, double deltaX, double deltaY) {
   });
 }
 
+bool HeadlessUser::dragOver(const std::map<std::string, std::string>& contents, Point at) {
+  windows_.movePointer(at);
+  HeadlessSurface* const surface = windows_.surfaceAt(at);
+  if (surface != draggedOver_) dragAway();
+  draggedOver_ = surface;
+  return surface && surface->sink().surfaceDragMoved(DraggedContents(contents), at);
+}
+
+void HeadlessUser::dragAway() {
+  HeadlessSurface* const left = std::exchange(draggedOver_, nullptr);
+  const auto shown = windows_.stack();
+  if (left && std::ranges::find(shown, left) != shown.end()) left->sink().surfaceDragExited();
+}
+
+bool HeadlessUser::drop(const std::map<std::string, std::string>& contents, Point at) {
+  if (!dragOver(contents, at)) {
+    dragAway();
+    return false;
+  }
+  HeadlessSurface* const surface = std::exchange(draggedOver_, nullptr);
+  const bool taken = surface->sink().surfaceDropped(DraggedContents(contents), at);
+  loop_.settle();
+  return taken;
+}
+
 void HeadlessUser::key(std::uint16_t keyCode, std::string_view characters, std::uint64_t modifiers) {
   keyDown(keyCode, characters, modifiers);
   keyUp(keyCode, characters, modifiers);
@@ -173,7 +215,7 @@ void HeadlessUser::type(std::string_view utf8) {
 void HeadlessUser::deliverMove(Point location) {
   presence_.userActs();
   windows_.movePointer(location);
-  if (windows_.moving_) return;
+  if (windows_.moving_ || menus_.open()) return;
   HeadlessSurface* const target = windows_.grab_ ? windows_.grab_ : windows_.surfaceAt(location);
   HeadlessSurface* const left = std::exchange(windows_.under_, target);
   if (left && left != target) deliverPointer(*left, PointerAction::exited);
@@ -185,6 +227,7 @@ void HeadlessUser::deliverPress(Button button) {
   presence_.userActs();
   ++buttonsDown_;
   if (button == Button::left) windows_.leftButtonDown_ = true;
+  if (menus_.open()) return menus_.pressed(windows_.pointer_);
   if (!windows_.grab_) {
     windows_.grab_ = windows_.surfaceAt(windows_.pointer_);
     if (windows_.grab_) windows_.activateByPress(*windows_.grab_);
@@ -199,6 +242,7 @@ void HeadlessUser::deliverRelease(Button button) {
   HeadlessSurface* const moved = button == Button::left ? std::exchange(windows_.moving_, nullptr) : nullptr;
   HeadlessSurface* const target = moved ? moved : windows_.grab_;
   if (buttonsDown_ == 0) windows_.grab_ = nullptr;
+  if (menus_.open() && !moved) return menus_.released(windows_.pointer_);
   if (moved && windows_.faults_.moveReportedAtEnd) windows_.changeFrame(*moved, moved->state().frame);
   if (moved)
     windows_.report(*moved, [this](platform::port::SurfaceSink& sink) {
@@ -215,6 +259,10 @@ void HeadlessUser::deliverPointer(HeadlessSurface& to, PointerAction action) {
 void HeadlessUser::deliverKey(KeyInput input) {
   presence_.userActs();
   input.time = loop_.now();
+  if (menus_.open()) {
+    if (input.down) menus_.key(input.keyCode);
+    return;
+  }
   HeadlessSurface* const surface = windows_.active();
   if (!surface || surface->sink().surfaceKey(input) != KeyDisposition::inputMethod) return;
   if (inputMethod_.consumes(input)) return;

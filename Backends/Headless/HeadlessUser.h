@@ -2,10 +2,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
+#include <string>
 #include <string_view>
 
 #include "Backends/Headless/HeadlessInputMethod.h"
 #include "Backends/Headless/HeadlessLoop.h"
+#include "Backends/Headless/HeadlessMenus.h"
 #include "Backends/Headless/HeadlessPresence.h"
 #include "Backends/Headless/HeadlessWindowHost.h"
 #include "Platform/Port/WindowHost.h"
@@ -16,15 +19,16 @@ enum class Button { left, right, other };
 
 /// The user at pointer and keyboard. Every action goes to the surface it would go to: the pointer to the topmost
 /// surface under it, from a press to the release to the pressed one; keys to the activated surface and its input
-/// method. An action returns when the application has dealt with it. Inside `together` actions only queue up and then
-/// run one by one, so that a nested loop of the application (a drag, a menu, a modal alert) takes the later ones:
+/// method; both to the open menu while there is one. An action returns when the application has dealt with it. Inside
+/// `together` actions only queue up and then run one by one, so that a nested loop of the application (a drag, a menu,
+/// a modal alert) takes the later ones:
 ///
 ///     user.together([&] { user.press(a); user.moveTo(b); user.then([&] { EXPECT_EQ(…); }); user.release(); });
 class HeadlessUser {
  public:
   HeadlessUser(HeadlessLoop& loop, HeadlessWindowHost& windows, HeadlessInputMethod& inputMethod,
-               HeadlessPresence& presence)
-      : loop_(loop), windows_(windows), inputMethod_(inputMethod), presence_(presence) {}
+               HeadlessPresence& presence, HeadlessMenus& menus)
+      : loop_(loop), windows_(windows), inputMethod_(inputMethod), presence_(presence), menus_(menus) {}
 
   // The pointer; screen points, bottom-left origin.
   void moveTo(platform::Point location);
@@ -49,6 +53,12 @@ class HeadlessUser {
   /// Held until changed; added to pointer, wheel and key input.
   void holdModifiers(std::uint64_t modifiers) { held_ = modifiers; }
 
+  // Things of another application; MIME types to contents. Each answers at once whether the application would take, or
+  // has taken, a copy.
+  bool dragOver(const std::map<std::string, std::string>& contents, platform::Point at);
+  void dragAway();
+  bool drop(const std::map<std::string, std::string>& contents, platform::Point at);
+
   void together(const std::function<void()>& actions);
   /// A step between the queued ones.
   void then(std::function<void()> step) { act(std::move(step)); }
@@ -65,8 +75,10 @@ class HeadlessUser {
   HeadlessWindowHost& windows_;
   HeadlessInputMethod& inputMethod_;
   HeadlessPresence& presence_;
+  HeadlessMenus& menus_;
   std::uint64_t held_ = 0;
   int buttonsDown_ = 0;
+  HeadlessSurface* draggedOver_ = nullptr;
   bool queueing_ = false;
 };
 

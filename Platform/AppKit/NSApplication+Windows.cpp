@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "Platform/AppKit/MenuTracking.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/Session.h"
@@ -44,6 +45,7 @@ std::shared_ptr<NSWindow> NSApplication::mainWindow() const {
 
 void NSApplication::removeFromOrder(NSWindow& window) {
   std::erase(ordered_, &window);
+  menus_->windowLeft(window);
 }
 
 void NSApplication::placeFamily(NSWindow& window, WindowOrdering place, NSWindow* relative) {

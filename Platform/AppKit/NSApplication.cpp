@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "Platform/AppKit/MenuTracking.h"
 #include "Platform/AppKit/NSMenu.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/RunLoop.h"
@@ -26,7 +27,7 @@ NSApplication& NSApplication::shared() {
   return Session::current().service<NSApplication>();
 }
 
-NSApplication::NSApplication() {
+NSApplication::NSApplication() : menus_(std::make_unique<MenuTracking>()) {
   RunLoop::main().addSource([this] { return turn(); });
 }
 
@@ -47,6 +48,7 @@ int NSApplication::run() {
 
 void NSApplication::stop() {
   stopped_ = true;
+  menus_->closeAll();
   Session::current().backend().loop().wake();
 }
 

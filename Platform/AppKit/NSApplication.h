@@ -17,6 +17,7 @@
 
 namespace platform {
 
+class MenuTracking;
 class NSMenu;
 class NSWindow;
 class Timer;
@@ -112,6 +113,7 @@ class PLATFORM_EXPORT NSApplication {
   std::shared_ptr<NSMenu> dockMenu();
 
  private:
+  friend class MenuTracking;
   friend class NSWindow;
   struct Monitor {
     EventMonitorToken token;
@@ -190,6 +192,7 @@ class PLATFORM_EXPORT NSApplication {
   const NSEvent* liveKey_ = nullptr;  ///< the key that a back end is delivering now
   bool liveKeyOffered_ = false;
 
+  std::unique_ptr<MenuTracking> menus_;
   unsigned presentationOptions_ = 0;
   bool stopped_ = false;
   bool asking_ = false;

@@ -78,6 +78,8 @@ struct PLATFORM_EXPORT NSEvent {
   bool isKey() const { return type == EventType::keyDown || type == EventType::keyUp; }
   /// The window the event is for; null when it is gone or there is none.
   std::shared_ptr<NSWindow> window() const;
+  /// Where the pointer is now; screen points.
+  static Point mouseLocation();
 };
 
 using EventPointer = std::shared_ptr<const NSEvent>;

@@ -6,8 +6,11 @@
 
 #include "Platform/AppKit/NSMenuItem.h"
 #include "Platform/Export.h"
+#include "Platform/Port/Geometry.h"
 
 namespace platform {
+
+class NSView;
 
 class NSMenuDelegate {
  public:
@@ -27,7 +30,7 @@ class NSMenuObserver {
 };
 
 /// A menu as a model: what it shows and does. Main thread.
-class PLATFORM_EXPORT NSMenu {
+class PLATFORM_EXPORT NSMenu : public std::enable_shared_from_this<NSMenu> {
  public:
   explicit NSMenu(std::string title) : title_(std::move(title)) {}
   NSMenu(const NSMenu&) = delete;
@@ -50,6 +53,13 @@ class PLATFORM_EXPORT NSMenu {
   NSMenuItem* superItem() const { return superItem_; }
 
   void addObserver(std::weak_ptr<NSMenuObserver> observer);
+
+  /// Shows the menu as it is now, without its hidden items, as a native context menu: its top left corner at `location`
+  /// in `view`'s coordinates (on the screen when null), or where it has room in the work area of the screen there. Runs
+  /// a nested loop until the user has chosen or left it; the menu closes with the view's window, too, and when another
+  /// menu pops up. Then the delegate hears that it closed, and the chosen item acts. True when one did. Where there is
+  /// nothing to show, or no native menus, or the view is in no window, it closes at once.
+  bool popUp(Point location, const NSView* view);
 
  private:
   friend class NSMenuItem;

@@ -2,8 +2,11 @@
 
 #include <memory>
 #include <optional>
+#include <set>
+#include <string>
 #include <vector>
 
+#include "Platform/AppKit/NSDragging.h"
 #include "Platform/AppKit/NSResponder.h"
 #include "Platform/Export.h"
 #include "Platform/Port/Canvas.h"
@@ -93,6 +96,17 @@ class PLATFORM_EXPORT NSView : public NSResponder {
   virtual bool mouseDownCanMoveWindow() const { return false; }
   virtual port::Cursor cursorAt(Point /*inView*/) const { return port::Cursor::arrow; }
 
+  /// The pasteboard types of dragged things that the view takes; none: things are dragged over what lies below it.
+  void registerForDraggedTypes(std::set<std::string> types) { draggedTypes_ = std::move(types); }
+  const std::set<std::string>& registeredDraggedTypes() const { return draggedTypes_; }
+  /// Something of a registered type came over the view: what would be done with it.
+  virtual DragOperation draggingEntered(const NSDraggingInfo& /*dragged*/) { return DragOperation::none; }
+  virtual void draggingExited() {}
+  /// It was dropped here; false refuses it after all.
+  virtual bool prepareForDragOperation(const NSDraggingInfo& /*dragged*/) { return true; }
+  /// Whether it was taken.
+  virtual bool performDragOperation(const NSDraggingInfo& /*dragged*/) { return false; }
+
   NSResponder* nextResponder() override;
   /// Asks the subviews, the topmost first.
   bool performKeyEquivalent(const EventPointer& event) override;
@@ -121,6 +135,7 @@ class PLATFORM_EXPORT NSView : public NSResponder {
   std::vector<std::shared_ptr<NSView>> subviews_;
   std::vector<std::shared_ptr<NSLayoutConstraint>> constraints_;
   std::unique_ptr<CALayer> layer_;
+  std::set<std::string> draggedTypes_;
   unsigned autoresizingMask_ = 0;
   bool translatesAutoresizingMask_ = true;
   bool hidden_ = false;

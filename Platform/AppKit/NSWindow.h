@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Platform/AppKit/ModalResponse.h"
+#include "Platform/AppKit/NSDragging.h"
 #include "Platform/AppKit/NSResponder.h"
 #include "Platform/AppKit/NSWindowDelegate.h"
 #include "Platform/Export.h"
@@ -308,6 +309,9 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   void surfaceCommittedText(const std::u16string& text) override;
   void surfaceDeleteSurrounding(std::ptrdiff_t offset, std::size_t length) override;
   std::optional<port::TextInputState> surfaceTextInput() override;
+  bool surfaceDragMoved(const port::Contents& contents, Point location) override;
+  void surfaceDragExited() override;
+  bool surfaceDropped(const port::Contents& contents, Point location) override;
 
   std::int64_t number_ = 0;
   std::weak_ptr<NSWindowDelegate> delegate_;
@@ -366,6 +370,8 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   std::weak_ptr<NSView> grab_;       ///< has the left button until it is released
   std::weak_ptr<NSView> otherGrab_;  ///< has the other buttons
   std::weak_ptr<NSView> hover_;
+  std::weak_ptr<NSView> dragTarget_;  ///< what is dragged over the window is over this one
+  DragOperation dragOperation_ = DragOperation::none;
   port::Cursor cursor_ = port::Cursor::arrow;
   bool layoutNeeded_ = false;
   std::uint64_t dragsEnded_ = 0;

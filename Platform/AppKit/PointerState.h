@@ -16,6 +16,8 @@ class PointerState {
 
   /// `windowOrigin` in screen points, as it is now.
   EventPointer event(const port::PointerInput& input, std::int64_t windowNumber, Point windowOrigin);
+  /// Someone else heard of the releases: no button is down any more.
+  void forgetButtons() { leftDown_ = rightDown_ = otherDown_ = false; }
 
  private:
   EventType typeOf(port::PointerAction action);

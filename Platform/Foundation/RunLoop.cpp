@@ -41,6 +41,10 @@ double RunLoop::now() const {
   return driver_.now();
 }
 
+double RunLoop::wallClock() const {
+  return driver_.wallClock();
+}
+
 bool RunLoop::runUntil(const std::function<bool()>& done, double deadline) {
   requireMainThread("RunLoop::runUntil");
   while (!done()) {

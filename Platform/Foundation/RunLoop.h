@@ -33,6 +33,8 @@ class PLATFORM_EXPORT RunLoop : private port::LoopSink {
   void runDue();
 
   double now() const;
+  /// Seconds since 1970-01-01 00:00 UTC.
+  double wallClock() const;
 
   /// `source` is called in every turn and does what is due; returns true when it did something. Lives as long as the
   /// loop.

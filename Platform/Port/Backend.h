@@ -10,6 +10,7 @@
 #include "Platform/Port/FileIcons.h"
 #include "Platform/Port/FileOpener.h"
 #include "Platform/Port/LoopDriver.h"
+#include "Platform/Port/MenuHost.h"
 #include "Platform/Port/Presence.h"
 #include "Platform/Port/Text.h"
 #include "Platform/Port/Tray.h"
@@ -42,6 +43,7 @@ class Backend {
   virtual FileIcons* fileIcons() { return nullptr; }
   virtual Presence* presence() { return nullptr; }
   virtual Tray* tray() { return nullptr; }
+  virtual MenuHost* menus() { return nullptr; }
   virtual const Folders& folders() const = 0;
 };
 

@@ -9,6 +9,7 @@
 
 #include "Platform/Port/Bitmap.h"
 #include "Platform/Port/Canvas.h"
+#include "Platform/Port/Clipboard.h"
 #include "Platform/Port/Geometry.h"
 
 namespace platform::port {
@@ -78,6 +79,12 @@ class SurfaceSink {
   virtual void surfaceDeleteSurrounding(std::ptrdiff_t offset, std::size_t length) = 0;
   /// Nothing when no text has the focus.
   virtual std::optional<TextInputState> surfaceTextInput() = 0;
+  /// Something is dragged over the surface, at `location` in screen points; borrowed for the call. Whether a copy of it
+  /// would be taken there.
+  virtual bool surfaceDragMoved(const Contents& contents, Point location) = 0;
+  virtual void surfaceDragExited() = 0;
+  /// It was dropped; whether a copy of it was taken.
+  virtual bool surfaceDropped(const Contents& contents, Point location) = 0;
 };
 
 /// All of a surface that is state; the back end compares with what it showed before.

@@ -17,6 +17,7 @@ ConsoleCalls desktopCalls() {
   addMachineCalls(calls);
   addPresenceCalls(calls);
   addStatusBarCalls(calls);
+  addMenuCalls(calls);
   return calls;
 }
 

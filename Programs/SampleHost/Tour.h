@@ -57,6 +57,10 @@ class Tour {
   // Search field, presence (TourSearch.cpp).
   void search();
   void presence();
+  // Menus and files (TourMenus.cpp).
+  void contextMenu();
+  void pasteFiles();
+  void dropFiles();
   // Application (TourApplication.cpp).
   void notifications();
   void dockMenu();
@@ -77,6 +81,7 @@ class Tour {
   /// Runs the application until the condition holds; false when it didn't within five seconds.
   static bool wait(const std::function<bool()>& condition);
   void picture(const std::string& name, const std::shared_ptr<platform::NSWindow>& window);
+  void menuPicture(const std::string& name);
   void savePicture(const std::string& name, const platform::Bitmap& bitmap);
 
   Host& host_;

@@ -24,6 +24,11 @@ class SimulatedUser : public TourUser {
   void compose(const std::u16string& preedit) override { desktop_.inputMethod().compose(preedit); }
   void commit(const std::u16string& text) override { desktop_.inputMethod().commit(text); }
   void drag(Point from, Point to) override { desktop_.user().drag(from, to); }
+  void chooseMenuItem(const std::string& title) override { desktop_.menus()->choose(title); }
+  bool canChooseFromMenus() const override { return true; }
+  bool dropFiles(const std::string& uriList, Point at) override {
+    return desktop_.user().drop({{"text/uri-list", uriList}}, at);
+  }
   bool canMoveWindows() const override { return true; }
 
  private:
@@ -32,6 +37,8 @@ class SimulatedUser : public TourUser {
 
 class DirectUser : public TourUser {
  public:
+  explicit DirectUser(platform::port::MenuHost& menus) : menus_(menus) {}
+
   void type(const std::string& utf8) override {
     const std::u16string text = platform::utf16(utf8);
     for (std::size_t at = 0; at < text.size();) {
@@ -56,6 +63,9 @@ class DirectUser : public TourUser {
     post(EventType::leftMouseUp, to);
     platform::RunLoop::main().runDue();
   }
+  void chooseMenuItem(const std::string&) override { menus_.closeMenus(); }
+  bool canChooseFromMenus() const override { return false; }
+  bool dropFiles(const std::string&, Point) override { return false; }
   bool canMoveWindows() const override { return false; }
 
  private:
@@ -92,13 +102,15 @@ class DirectUser : public TourUser {
     made.clickCount = 1;
     NSApplication::shared().postEvent(std::make_shared<const NSEvent>(made), false);
   }
+
+  platform::port::MenuHost& menus_;
 };
 
 }  // namespace
 
 std::unique_ptr<TourUser> makeTourUser(Machine& machine) {
   if (machine.headless) return std::make_unique<SimulatedUser>(*machine.headless);
-  return std::make_unique<DirectUser>();
+  return std::make_unique<DirectUser>(*machine.backend->menus());
 }
 
 }  // namespace samplehost

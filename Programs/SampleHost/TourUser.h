@@ -20,6 +20,11 @@ class TourUser {
   virtual void commit(const std::u16string& text) = 0;
   /// Presses at `from`, moves to `to` and releases; screen points.
   virtual void drag(platform::Point from, platform::Point to) = 0;
+  /// Chooses from the open menu; where only the real pointer could, leaves it.
+  virtual void chooseMenuItem(const std::string& title) = 0;
+  virtual bool canChooseFromMenus() const = 0;
+  /// Drops files of another application; nothing happens where only the real pointer could.
+  virtual bool dropFiles(const std::string& uriList, platform::Point at) = 0;
   /// Whether a drag can move a window: on a real desktop the window manager asks the real pointer.
   virtual bool canMoveWindows() const = 0;
 };

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Programs/SampleHost/HostArguments.h"
 #include "Programs/SampleHost/PopoverAnswer.h"
 
 namespace samplehost {
@@ -107,9 +108,7 @@ bool WindowDelegate::mouseRightClick(Point location) {
 }
 
 void WindowDelegate::didSelectedFilePath(const std::vector<platform::URL>& files) {
-  Value::Array paths;
-  for (const platform::URL& file : files) paths.push_back(file.path());
-  tell("didSelectedFilePath", {paths});
+  tell("didSelectedFilePath", {Codec<std::vector<platform::URL>>::encode(files)});
 }
 
 bool WindowDelegate::windowShouldClose() {

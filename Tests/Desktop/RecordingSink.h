@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,15 @@ class RecordingSink : public platform::port::SurfaceSink {
     if (!hasText) return std::nullopt;
     return platform::port::TextInputState{caret, text, text.size(), text.size()};
   }
+  bool surfaceDragMoved(const platform::port::Contents& contents, platform::Point location) override {
+    if (dragged.empty() || dragged.back() != location) dragged.push_back(location);
+    return onDragged && onDragged(contents);
+  }
+  void surfaceDragExited() override { ++dragExits; }
+  bool surfaceDropped(const platform::port::Contents& contents, platform::Point location) override {
+    dragged.push_back(location);
+    return onDropped && onDropped(contents);
+  }
 
   void insert(const std::u16string& more) {
     text += more;
@@ -70,6 +80,9 @@ class RecordingSink : public platform::port::SurfaceSink {
   std::vector<platform::port::KeyInput> keys, left;
   std::function<void(const platform::port::KeyInput&)> onKey;
   std::function<void(const platform::port::PointerInput&)> onPointer;
+  std::vector<platform::Point> dragged;
+  int dragExits = 0;
+  std::function<bool(const platform::port::Contents&)> onDragged, onDropped;
   bool hasText = false, takesKeys = false;
   std::u16string text, marked;
   platform::Rect caret;

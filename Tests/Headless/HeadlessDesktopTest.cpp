@@ -77,6 +77,9 @@ class Window final : public platform::port::SurfaceSink {
     note(fmt::format("delete {} {}", offset, length));
   }
   std::optional<platform::port::TextInputState> surfaceTextInput() override { return std::nullopt; }
+  bool surfaceDragMoved(const platform::port::Contents&, platform::Point) override { return false; }
+  void surfaceDragExited() override {}
+  bool surfaceDropped(const platform::port::Contents&, platform::Point) override { return false; }
 
   std::unique_ptr<platform::port::Surface> surface;
   platform::port::SurfaceState state;

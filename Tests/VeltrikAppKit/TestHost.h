@@ -96,6 +96,7 @@ class TestHostWindow final : public VeltrikAppKitWindowHelperDelegateProtocol, p
   bool mayClose = true;
   std::vector<platform::Point> clicks;
   std::vector<platform::Size> sizes;
+  std::vector<platform::URL> files;
   std::shared_ptr<VeltrikAppKitWindowHelperProtocol> helper;
 
   std::string uiWindowID() override { return asked("uiWindowID", id); }
@@ -125,7 +126,10 @@ class TestHostWindow final : public VeltrikAppKitWindowHelperDelegateProtocol, p
 
   bool mouseDoubleTapped(platform::Point location) override { return clicked("mouseDoubleTapped", location); }
   bool mouseRightClick(platform::Point location) override { return clicked("mouseRightClick", location); }
-  void didSelectedFilePath(const std::vector<platform::URL>&) override { told("didSelectedFilePath"); }
+  void didSelectedFilePath(const std::vector<platform::URL>& selected) override {
+    files = selected;
+    told("didSelectedFilePath");
+  }
   bool windowShouldClose() override {
     told("windowShouldClose");
     return mayClose;

@@ -1,0 +1,294 @@
+"""The host's context menu, paste and drop on a real X server, with other programs as its user, as the clipboard's owner
+and as the source of a drag. Run it under scripts/private-desktop --wm openbox --ime ibus."""
+
+import json
+import os
+import pathlib
+import re
+import subprocess
+import tempfile
+import time
+import unittest
+
+from console_client import Console, rect
+
+SOURCE = os.environ.get("PASTE_SOURCE",
+                        str(pathlib.Path(__file__).resolve().parents[2] / "build/default/bin/PasteSource"))
+FRAME = rect(300, 100, 460, 560)
+NAME = "a b#%가'\"?.txt"
+ITEMS = [{"title": "답장"}, {"title": "Forward"}, {"separator": True}, {"title": "Mute", "state": "on"}]
+
+
+def run(*command):
+    return subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, check=True, timeout=20).stdout.decode()
+
+
+def screen_size():
+    return tuple(int(part) for part in run("xdotool", "getdisplaygeometry").split())
+
+
+def mapped_windows():
+    """Every window that is shown, from the lowest to the highest: (id, x, y, width, height)."""
+    shown = []
+    for line in run("xwininfo", "-root", "-tree").splitlines():
+        found = re.match(r"^\s{5}(0x[0-9a-f]+) .* (\d+)x(\d+)\+-?\d+\+-?\d+\s+\+(-?\d+)\+(-?\d+)$", line)
+        if found and "IsViewable" in run("xwininfo", "-id", found[1]):
+            shown.append((found[1], int(found[4]), int(found[5]), int(found[2]), int(found[3])))
+    return shown
+
+
+class Case(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp())
+        self.host = Console("desktop")
+        self.addCleanup(self.host.__exit__)
+        self.host.call("host", "launch")
+        self.host.call("host", "openChat", "main", FRAME)
+        self.host.until(lambda: self.read("key"), "the chat window becomes key")
+        window = self.read("nativeHandle")
+        self.host.until(lambda: f"{window:#x}" in run("xprop", "-root", "_NET_ACTIVE_WINDOW"), "it is active")
+        self.window = window
+
+    def read(self, field, window="main"):
+        return self.host.desktop("read", window, field)
+
+    def on_screen(self, x, y):
+        """A place of the window, from its top left, as xdotool takes it."""
+        frame = self.read("frame")
+        return int(frame["x"]) + x, screen_size()[1] - int(frame["y"] + frame["height"]) + y
+
+    def file(self, name, contents):
+        path = self.folder / name
+        path.write_bytes(contents if isinstance(contents, bytes) else contents.encode())
+        return path
+
+    def event(self, name):
+        """Waits until the host has told of it; its arguments."""
+        def found():
+            self.host.desktop("settle")
+            for line in self.host.told:
+                if line.get("event") == name:
+                    self.host.told.remove(line)
+                    return [line]
+        return self.host.until(found, name)[0]["args"]
+
+
+class Menu(Case):
+    def show(self, items=ITEMS):
+        """Asks for the menu, whose answer comes when it has closed; its window."""
+        before = {window[0] for window in mapped_windows()}
+        self.host.last += 1
+        number = self.host.last
+        self.host.send(json.dumps({"id": number, "on": "window:main", "call": "showPopoverMenuWithItems",
+                                   "args": [items]}))
+
+        def opened():
+            return [window for window in mapped_windows() if window[0] not in before and window[3] > 20]
+        menu = self.host.until(opened, "the menu is on the screen")[-1]
+        return number, menu
+
+    def closed(self, number, menu):
+        self.assertIsNone(self.host.answer(number)["result"])
+        self.host.until(lambda: menu[0] not in {window[0] for window in mapped_windows()}, "the menu is gone")
+        self.assertEqual([event for event in self.host.events("window:main") if "Resign" in event], [])
+        self.assertTrue(self.read("key"))
+
+    def chosen(self):
+        return [line["args"][0] for line in self.host.take() if line.get("event") == "popoverMenuItemHandler"]
+
+    def test_a_right_click_opens_it_at_the_pointer_and_the_keyboard_chooses(self):
+        x, y = self.on_screen(100, 150)
+        run("xdotool", "mousemove", x, y, "click", 3)
+        at = self.event("mouseRightClick")[0]
+        self.assertAlmostEqual(at["x"], 100 * 100 / 77, delta=0.01)
+        self.assertAlmostEqual(at["y"], 150 * 100 / 77, delta=0.01)
+        number, menu = self.show()
+        self.assertEqual(menu[1:3], (x, y))
+        run("xdotool", "key", "--delay", "30", "Down", "Down", "Return")
+        self.host.answer(number)
+        self.assertEqual(self.chosen(), ["Forward"])
+        run("xdotool", "key", "a")
+        self.host.until(lambda: self.host.call("text:main", "attributedText") != "", "the composer types again")
+
+    def test_it_is_left_by_escape_and_by_a_press_elsewhere(self):
+        run("xdotool", "mousemove", *self.on_screen(100, 150))
+        for leave in (["key", "Escape"], ["mousemove", *self.on_screen(420, 500), "click", 1]):
+            with self.subTest(leave[0]):
+                number, menu = self.show()
+                run("xdotool", *leave)
+                self.closed(number, menu)
+                self.assertEqual(self.chosen(), [])
+                run("xdotool", "mousemove", *self.on_screen(100, 150))
+
+    def test_the_release_of_the_opening_press_chooses_nothing_even_with_a_trembling_hand(self):
+        x, y = self.on_screen(100, 150)
+        run("xdotool", "mousemove", x, y, "mousedown", 3)
+        self.event("mouseRightClick")
+        number, menu = self.show()
+        for step in (1, 2, 3, 2, 3, 4, 3, 4, 5, 4):
+            run("xdotool", "mousemove", x + step, y + step)
+        run("xdotool", "mouseup", 3)
+        run("xdotool", "mousemove", x + 30, y + 40)
+        self.assertIn(menu[0], {window[0] for window in mapped_windows()})
+        run("xdotool", "mousemove", x + 20, y + 12, "click", 1)
+        self.host.answer(number)
+        self.assertEqual(self.chosen(), ["답장"])
+
+    def test_it_stays_inside_the_work_area(self):
+        width, height = screen_size()
+        for x, y in ((width - 3, height - 3), (width - 3, 40), (3, height - 3)):
+            with self.subTest(at=(x, y)):
+                run("xdotool", "mousemove", x, y)
+                number, menu = self.show()
+                self.assertGreaterEqual(menu[1], 0)
+                self.assertGreaterEqual(menu[2], 0)
+                self.assertLessEqual(menu[1] + menu[3], width)
+                self.assertLessEqual(menu[2] + menu[4], height)
+                run("xdotool", "key", "Escape")
+                self.host.answer(number)
+
+    def test_the_host_goes_on_meanwhile_and_may_close_the_window(self):
+        run("xdotool", "mousemove", *self.on_screen(100, 150))
+        number, menu = self.show()
+        self.assertEqual(self.host.call("window:main", "alpha"), 1)
+        self.host.call("window:main", "closeWindow")
+        self.host.answer(number)
+        self.host.until(lambda: menu[0] not in {window[0] for window in mapped_windows()}, "the menu is gone")
+        self.assertEqual(self.chosen(), [])
+
+    def test_a_syllable_in_the_making_is_neither_lost_nor_doubled(self):
+        run("xdotool", "mousemove", *self.on_screen(100, 150))
+        run("xdotool", "key", "--delay", "20", "g", "k", "s")
+        self.host.until(lambda: self.host.call("text:main", "attributedText") == "한", "한 is composed")
+        number, menu = self.show()
+        run("xdotool", "key", "Escape")
+        self.closed(number, menu)
+        run("xdotool", "key", "--delay", "20", "r", "m", "f", "space")
+        self.host.until(lambda: self.host.call("text:main", "attributedText").startswith("한글"), "글 follows")
+        self.assertEqual(self.host.call("text:main", "attributedText"), "한글 ")
+
+
+class Other:
+    """The other application."""
+
+    def __init__(self, case, *arguments):
+        self.process = subprocess.Popen([SOURCE, *(str(part) for part in arguments)], stdin=subprocess.PIPE,
+                                        stdout=subprocess.PIPE)
+        case.addCleanup(self.end)
+        assert self.process.stdout.readline() == b"ready\n"
+
+    def end(self):
+        self.process.stdin.close()
+        self.process.wait(10)
+        self.process.stdout.close()
+
+
+def picture(path, kind, size="40x30", noise=False):
+    """A picture that another program wrote."""
+    what = ["-seed", "1", "xc:gray", "+noise", "Random"] if noise else ["gradient:red-blue"]
+    run("convert", "-size", size, *what, "-depth", "8", f"{kind}:{path}")
+    return path
+
+
+def difference(first, second):
+    return float(run("sh", "-c", f"compare -metric RMSE '{first}' '{second}' null: 2>&1 || true").split("(")[1].split(")")[0])
+
+
+class Paste(Case):
+    def paste(self):
+        return self.host.call("window:main", "readPastedFilePath")
+
+    def test_file_lists(self):
+        uri = (self.folder / NAME).as_uri().encode()
+        rows = [("text/uri-list", uri + b"\r\n", [str(self.folder / NAME)]),
+                ("text/uri-list", b"file:///a\r\nhttps://b/\r\n", ["/a", "https://b/"]),
+                ("text/uri-list", f"file://{self.folder}/{NAME}".encode(), [str(self.folder / NAME)]),
+                ("x-special/gnome-copied-files", b"copy\n" + uri, [str(self.folder / NAME)]),
+                ("text/uri-list", b"https://b/\r\n", []),
+                ("UTF8_STRING", b"/a", [])]
+        for kind, contents, expected in rows:
+            with self.subTest(contents):
+                Other(self, "own", "whole", f"{kind}={self.file('list', contents)}")
+                self.assertEqual(self.paste(), expected)
+
+    def test_pictures_of_each_kind_become_png_files(self):
+        for kind, mime in (("png", "image/png"), ("jpg", "image/jpeg"), ("bmp3", "image/bmp"), ("tiff", "image/tiff")):
+            for manner in ("whole", "pieces"):
+                with self.subTest(kind=kind, manner=manner):
+                    original = picture(self.folder / f"a.{kind}", kind)
+                    Other(self, "own", manner, f"{mime}={original}")
+                    (pasted,) = self.paste()
+                    self.assertRegex(pasted, r"/ClipBoardImages/Image_\d+\.png$")
+                    self.assertEqual(pathlib.Path(pasted).read_bytes()[:8], b"\x89PNG\r\n\x1a\n")
+                    self.assertLess(difference(pasted, original), 0.02)
+
+    def test_a_picture_of_many_megabytes_comes_in_pieces(self):
+        original = picture(self.folder / "large.png", "png", "1600x1200", noise=True)
+        self.assertGreater(original.stat().st_size, 3_000_000)
+        Other(self, "own", "pieces", f"image/png={original}")
+        (pasted,) = self.paste()
+        self.assertEqual(difference(pasted, original), 0)
+
+    def test_a_picture_that_claims_to_be_huge_is_refused(self):
+        header = picture(self.folder / "small.bmp", "bmp3").read_bytes()
+        huge = self.file("huge.bmp", header[:18] + (30000).to_bytes(4, "little") * 2 + header[26:])
+        Other(self, "own", "whole", f"image/bmp={huge}")
+        self.assertEqual(self.paste(), [])
+
+    def test_owners_that_fail_cost_seconds_at_most(self):
+        original = picture(self.folder / "large.png", "png", "800x600", noise=True)
+        for manner, limit in (("silent", 3), ("dying", 3)):
+            with self.subTest(manner):
+                Other(self, "own", manner, f"image/png={original}")
+                start = time.monotonic()
+                self.assertEqual(self.paste(), [])
+                self.assertLess(time.monotonic() - start, limit)
+        Other(self, "own", "whole", f"text/uri-list={self.file('list', 'file:///after')}")
+        self.assertEqual(self.paste(), ["/after"])
+
+    def test_the_hosts_own_text_is_no_file(self):
+        self.host.desktop("setClipboard", "안녕")
+        self.assertEqual(self.host.desktop("clipboard"), "안녕")
+        self.assertEqual(self.paste(), [])
+
+
+class Drop(Case):
+    def drag(self, *offer, droppable=True):
+        """Drags what the other application offers onto the window; how the drag ended for it."""
+        if droppable:
+            self.host.call("window:main", "setAsFileDropable")
+        source = Other(self, "drag", 20, 20, *offer)
+        self.host.until(lambda: (20, 20, 120, 120) in {window[1:] for window in mapped_windows()}, "the source is shown")
+        run("xdotool", "mousemove", 60, 60, "mousedown", 1)
+        x, y = self.on_screen(200, 200)
+        for step in range(1, 11):
+            run("xdotool", "mousemove", 60 + (x - 60) * step // 10, 60 + (y - 60) * step // 10)
+        run("xdotool", "mousemove", x + 3, y + 3, "mouseup", 1)
+        return source.process.stdout.readline().decode().strip()
+
+    def test_files_reach_the_host_by_their_names(self):
+        files = (f"file://{self.folder.as_posix()}/b\r\n" + (self.folder / NAME).as_uri() + "\r\n")
+        ending = self.drag(f"text/uri-list={self.file('list', files)}")
+        self.assertEqual(self.event("didSelectedFilePath"), [[f"{self.folder}/b", str(self.folder / NAME)]])
+        self.assertEqual(ending, "copied")
+
+    def test_a_picture_without_a_file_becomes_one(self):
+        original = picture(self.folder / "a.png", "png", "900x700", noise=True)
+        self.assertEqual(self.drag(f"text/uri-list={self.file('list', 'https://b/a.png')}", f"image/png={original}"),
+                         "copied")
+        ((dropped,),) = self.event("didSelectedFilePath")
+        self.assertRegex(dropped, r"/dropableImages/Image_\d+\.png$")
+        self.assertEqual(difference(dropped, original), 0)
+
+    def test_what_holds_no_file_is_refused(self):
+        self.assertEqual(self.drag(f"text/plain={self.file('offer', 'text')}"), "refused")
+        # A page looks like a file until it is dropped; its source hears of no refusal any more.
+        self.drag(f"text/uri-list={self.file('offer', 'https://b/')}")
+        self.assertNotIn("didSelectedFilePath", self.host.events())
+
+    def test_nothing_is_dropped_where_the_host_did_not_ask_for_it(self):
+        self.assertEqual(self.drag(f"text/uri-list={self.file('list', 'file:///a')}", droppable=False), "refused")
+
+
+if __name__ == "__main__":
+    unittest.main()
