@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Foundation/RunLoop.h"
 #include "Tests/Update/UpdateFixture.h"
 #include "Tests/Zip/FaultStepper.h"
 
@@ -64,7 +65,8 @@ class StoppedUpdate : public testing::Test {
     const auto outcome = fault::runStepped(injection, [this] {
       const auto restarter = AppRestarter::make();
       restarter->restart(bench.archive());
-      desktop.settle();
+      // Not the simulated machine's loop, which takes calls of its own for what it waits for.
+      platform::RunLoop::main().runDue();
       return 0;
     });
     platform::setLogSink(former);
