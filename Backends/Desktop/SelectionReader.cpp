@@ -76,9 +76,8 @@ xcb_window_t SelectionReader::ownerOf(xcb_atom_t selection) {
 }
 
 bool SelectionReader::isSilent(xcb_window_t owner) {
-  // Its number may be another's by now.
-  while (const Event event = nextEvent(Clock::now()))
-    if (isEndOf(*event, silentOwner_)) silentOwner_ = XCB_NONE;
+  while (nextEvent(Clock::now())) {
+  }
   return owner == silentOwner_ && Clock::now() - silentSince_ < kPassedBy;
 }
 
@@ -192,7 +191,11 @@ bool SelectionReader::waitForIncrement(xcb_window_t owner) {
 
 SelectionReader::Event SelectionReader::nextEvent(Clock::time_point deadline) {
   for (;;) {
-    if (Event event{xcb_poll_for_event(connection_)}) return event;
+    if (Event event{xcb_poll_for_event(connection_)}) {
+      // Its number may be another's from now on.
+      if (isEndOf(*event, silentOwner_)) silentOwner_ = XCB_NONE;
+      return event;
+    }
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
     if (left.count() <= 0 || xcb_connection_has_error(connection_)) return nullptr;
     pollfd polled{xcb_get_file_descriptor(connection_), POLLIN, 0};

@@ -47,7 +47,8 @@ class Case(unittest.TestCase):
         self.host.until(lambda: self.read("key"), "the chat window becomes key")
         window = self.read("nativeHandle")
         self.host.until(lambda: f"{window:#x}" in run("xprop", "-root", "_NET_ACTIVE_WINDOW"), "it is active")
-        self.window = window
+        # The window manager says so before it hands over the keyboard.
+        self.host.until(lambda: int(run("xdotool", "getwindowfocus")) == window, "it has the keyboard")
 
     def read(self, field, window="main"):
         return self.host.desktop("read", window, field)
@@ -224,7 +225,7 @@ class Paste(Case):
 
     def test_a_picture_of_many_megabytes_comes_in_pieces(self):
         original = picture(self.folder / "large.png", "png", "1600x1200", noise=True)
-        self.assertGreater(original.stat().st_size, 3_000_000)
+        self.assertGreater(original.stat().st_size, 1_000_000)
         Other(self, "own", "pieces", f"image/png={original}")
         (pasted,) = self.paste()
         self.assertEqual(difference(pasted, original), 0)
