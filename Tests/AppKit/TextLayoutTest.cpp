@@ -50,7 +50,8 @@ TEST_F(TextLayout, WrapsAsItsContainerSays) {
                          Row{"narrow, clipped", LineBreakMode::byClipping, false, 35, 12.5},
                          // The blank hangs at the end of the fourth line.
                          Row{"one character a line", LineBreakMode::byCharWrapping, false, 15, 100}}) {
-    view->textContainer() = {{row.containerWidth, 1e9}, row.tracks, row.mode};
+    view->textContainer() = {
+        .containerSize = {row.containerWidth, 1e9}, .widthTracksTextView = row.tracks, .lineBreakMode = row.mode};
     view->layout();
     EXPECT_EQ(view->frame().height, row.height) << row.name;
   }

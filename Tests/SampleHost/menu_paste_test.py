@@ -27,12 +27,19 @@ def screen_size():
     return tuple(int(part) for part in run("xdotool", "getdisplaygeometry").split())
 
 
+def look(*command):
+    """What a program sees of windows; one that goes while it looks ends it with an error, and then it looks again."""
+    while (seen := subprocess.run(command, capture_output=True, timeout=20)).returncode and command[1] == "-root":
+        pass
+    return seen.stdout.decode()
+
+
 def mapped_windows():
-    """Every window that is shown, from the lowest to the highest: (id, x, y, width, height)."""
+    """Every window that is shown: (id, x, y, width, height)."""
     shown = []
-    for line in run("xwininfo", "-root", "-tree").splitlines():
+    for line in look("xwininfo", "-root", "-tree").splitlines():
         found = re.match(r"^\s{5}(0x[0-9a-f]+) .* (\d+)x(\d+)\+-?\d+\+-?\d+\s+\+(-?\d+)\+(-?\d+)$", line)
-        if found and "IsViewable" in run("xwininfo", "-id", found[1]):
+        if found and "IsViewable" in look("xwininfo", "-id", found[1]):
             shown.append((found[1], int(found[4]), int(found[5]), int(found[2]), int(found[3])))
     return shown
 
