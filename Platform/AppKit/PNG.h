@@ -10,7 +10,7 @@
 namespace platform {
 
 /// More pixels than a picture of our own has.
-inline constexpr std::uint64_t kMostPixelsOfResource = 4096 * 4096;
+inline constexpr std::uint64_t kMostPixelsOfResource = std::uint64_t{4096} * 4096;
 
 /// Reads a PNG (ISO/IEC 15948) of any kind as pixels of scale 1. Nothing for what isn't one, is cut off or has more
 /// than `mostPixels`, which is known before anything is decoded.
