@@ -6,7 +6,6 @@
 
 namespace samplehost {
 
-using headless::HeadlessBackend;
 using platform::Dictionary;
 using platform::Point;
 using platform::Value;
@@ -77,13 +76,14 @@ std::map<string, string> contentsOf(const Dictionary& described) {
 
 /// What is dragged comes to an end before the answer: it has no loop of its own.
 void addDragging(ConsoleCalls& calls) {
-  calls.add("setClipboardContents",
-            [](ConsoleContext& c, Dictionary contents) { c.headless().clipboard().setContents(contentsOf(contents)); });
-  calls.add("dragOver", [](ConsoleContext& c, Dictionary contents, Point at) {
+  calls.add("setClipboardContents", [](ConsoleContext& c, const Dictionary& contents) {
+    c.headless().clipboard().setContents(contentsOf(contents));
+  });
+  calls.add("dragOver", [](ConsoleContext& c, const Dictionary& contents, Point at) {
     return c.headless().user().dragOver(contentsOf(contents), at);
   });
   calls.add("dragAway", [](ConsoleContext& c) { c.headless().user().dragAway(); });
-  calls.add("drop", [](ConsoleContext& c, Dictionary contents, Point at) {
+  calls.add("drop", [](ConsoleContext& c, const Dictionary& contents, Point at) {
     return c.headless().user().drop(contentsOf(contents), at);
   });
 }

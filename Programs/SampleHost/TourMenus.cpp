@@ -23,6 +23,7 @@ void Tour::contextMenu() {
                                                {"Notify me", "on", false},
                                                {"Delete", "off", false}};
   std::vector<std::shared_ptr<veltrik::VeltrikPopoverMenuItemProtocol>> items;
+  items.reserve(answers.size());
   for (const auto& answer : answers)
     items.push_back(std::make_shared<PopoverMenuItem>(answer, "window:main", host_.events()));
   const auto content = mainWindow()->contentView();
