@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <utility>
@@ -74,11 +75,17 @@ class Unpacking {
       : archive_(archive),
         destination_(URL::directoryURL(destination.path()).standardized()),
         options_(options),
-        root_(destination_.path()) {}
+        root_(destination_.path()) {
+    // Read once: what is counted, made and filled is then the same, whatever a later reading would meet.
+    std::ranges::copy(archive_, std::back_inserter(entries_));
+    const auto is = [](Entry::EntryType type) { return [type](const Entry& entry) { return entry.type() == type; }; };
+    const auto others = std::ranges::stable_partition(entries_, is(Entry::EntryType::directory));
+    std::ranges::stable_partition(others, is(Entry::EntryType::file));
+  }
 
   void run() {
     if (options_.progress != nullptr) options_.progress->setTotalUnitCount(totalUnitCount());
-    if (archive_.begin() == archive_.end()) return finish(options_.progress);
+    if (entries_.empty()) return finish(options_.progress);
     FileManager().createDirectory(destination_, true);
     tree_.emplace(destination_);
     try {
@@ -103,7 +110,7 @@ class Unpacking {
 
   std::int64_t totalUnitCount() const {
     std::int64_t total = 0;
-    for (const Entry& entry : archive_) total += archive_.totalUnitCountForReading(entry);
+    for (const Entry& entry : entries_) total += archive_.totalUnitCountForReading(entry);
     return total;
   }
 
@@ -128,11 +135,7 @@ class Unpacking {
   }
 
   void unpackAll() {
-    for (const auto type : {Entry::EntryType::directory, Entry::EntryType::file, Entry::EntryType::symlink}) {
-      for (const Entry& entry : archive_) {
-        if (entry.type() == type) unpack(entry);
-      }
-    }
+    for (const Entry& entry : entries_) unpack(entry);
   }
 
   void unpack(const Entry& entry) {
@@ -160,6 +163,7 @@ class Unpacking {
   URL destination_;
   const UnzipOptions& options_;
   std::string root_;
+  std::vector<Entry> entries_;  ///< directories, then files, then links
   std::optional<DirectoryTree> tree_;
   std::vector<MadeDirectory> made_;
 };
