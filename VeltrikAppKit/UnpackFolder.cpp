@@ -38,12 +38,22 @@ bool isPlain(const std::string& path) {
   return isASCII && !path.starts_with('/') && path.find("..") == std::string::npos;
 }
 
+/// What the owner may do with a file is what the archive says; what others may is less by the user's mask.
+bool hasItsRights(const Entry& entry, mode_t mode) {
+  const auto& structure = entry.centralDirectoryStructure();
+  const bool isFromUNIX = structure.versionMadeBy >> 8 == static_cast<int>(Entry::OSType::unix);
+  if (!isFromUNIX || structure.externalFileAttributes >> 16 == 0) return true;
+  return ((mode ^ entry.fileAttributes().posixPermissions) & S_IRWXU) == 0;
+}
+
 bool isUnpacked(const Entry& entry, const URL& folder) {
   const std::string path = folder.path() + "/" + entry.path();
   struct stat item {};
   if (lstat(path.c_str(), &item) != 0) return false;
   if (entryType(item.st_mode) != entry.type()) return false;
-  return entry.type() == Entry::EntryType::directory || item.st_size == entry.uncompressedSize();
+  if (entry.type() == Entry::EntryType::symlink) return item.st_size == entry.uncompressedSize();
+  return hasItsRights(entry, item.st_mode) &&
+         (entry.type() == Entry::EntryType::directory || item.st_size == entry.uncompressedSize());
 }
 
 }  // namespace

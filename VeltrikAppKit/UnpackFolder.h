@@ -16,7 +16,8 @@ class UnpackFolder {
   /// `installed` would be among them, or one can't be removed: unpacking would change it.
   bool clearFor(const platform::URL& installed) const;
   /// Whether everything in the archive is there now, whole: the tool ends with success even where it could not make a
-  /// link. True for an archive that only the tool can read, and for names that it may have changed.
+  /// link, or not give a file its rights. True for an archive that only the tool can read, and for names that it may
+  /// have changed.
   bool isComplete() const;
   /// The archive's path as the tool takes it: it reads a name as a pattern, so what has a meaning there is put in
   /// brackets. For most names simply the path.
