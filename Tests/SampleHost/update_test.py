@@ -128,8 +128,7 @@ class Companion(InstalledCase):
         for x, y in ((40, 90), (90, 60), (10, 110)):
             with self.subTest(x=x, y=y):
                 self.drag_host_to(x, y)
-                left, top, width, _ = self.host_geometry()
-                self.until(lambda: geometry(window)[:2] == (left + width + GAP, top), f"it follows to {x}, {y}")
+                self.until(lambda: geometry(window)[:2] == self.beside_the_host(), f"it follows to {x}, {y}")
         if "MIRELO_PICTURE" in os.environ:
             run("import", "-window", "root", os.environ["MIRELO_PICTURE"])
 
@@ -141,6 +140,10 @@ class Companion(InstalledCase):
 
     def host_geometry(self):
         return geometry(self.host.desktop("read", "main", "nativeHandle"))
+
+    def beside_the_host(self):
+        left, top, width, _ = self.host_geometry()
+        return left + width + GAP, top
 
     def drag_host_to(self, x, y):
         left, top, *_ = self.host_geometry()

@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <string>
@@ -57,7 +59,11 @@ class LogCapture {
 /// A host on a fresh desktop with one principal object.
 class PluginTest : public testing::Test {
  protected:
-  PluginTest() { appKit->setDelegate(host); }
+  PluginTest() {
+    // A desktop of its own, so that applications of other tests that run meanwhile are neither seen nor ended.
+    setenv("DBUS_SESSION_BUS_ADDRESS", ("test " + std::to_string(getpid())).c_str(), 1);
+    appKit->setDelegate(host);
+  }
 
   /// What the compatibility layer makes: a native window with a view that has the focus.
   static std::shared_ptr<NSWindow> makeNativeWindow(const Rect& content = {100, 100, 800, 600}) {

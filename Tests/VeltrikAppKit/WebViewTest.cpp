@@ -38,8 +38,6 @@ const std::string kRetried = "WebView >>>>> webview open failed with error, just
 class WebViewTest : public PluginTest {
  protected:
   WebViewTest() {
-    // A desktop of its own, so that no other test's companion is seen.
-    setenv("DBUS_SESSION_BUS_ADDRESS", scratch.path().c_str(), 1);
     makeApplication(scratch / "Mirelo.app", "com.example.host", "");
     platform::Bundle::setMainForTesting(scratch / "Mirelo.app");
     filesystem::create_directories(folder());
@@ -47,7 +45,6 @@ class WebViewTest : public PluginTest {
   ~WebViewTest() override {
     for (const auto& each : companions()) each->terminate();
     platform::Bundle::setMainForTesting({});
-    unsetenv("DBUS_SESSION_BUS_ADDRESS");
   }
 
   filesystem::path folder() const { return desktop.folders().cache / "com.example.host/PlugIns/WebView"; }
