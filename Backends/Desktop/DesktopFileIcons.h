@@ -6,7 +6,7 @@
 
 namespace desktop {
 
-/// Icons of the desktop's theme (Icon Theme Specification) for types of the shared MIME database.
+/// Icons of the desktop's theme (freedesktop.org icon themes) for types of the shared MIME database.
 class DesktopFileIcons final : public platform::port::FileIcons {
  public:
   std::optional<platform::Bitmap> icon(const platform::port::FileType& type, int side) override;

@@ -26,7 +26,7 @@ std::string escaped(std::string_view text, std::string_view characters) {
   return result;
 }
 
-/// A value of type string (Desktop Entry Specification 1.5, "Possible value types").
+/// A value of type string (freedesktop.org desktop entries 1.5, "Possible value types").
 std::string stringValue(std::string_view text) {
   std::string result;
   for (const char character : text) {

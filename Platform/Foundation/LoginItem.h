@@ -16,9 +16,9 @@ struct LoginItem {
   std::string executable;
 };
 
-/// Has the item started at login from now on, or no longer, by the desktops' autostart folder (Desktop Application
-/// Autostart Specification). On replaces whatever entry was there. Off takes it away, and overrules one that the
-/// system has for all users. An entry is whole or as before. Throws CocoaError when it can't be written. Main thread.
+/// Has the item started at login from now on, or no longer, by the desktops' autostart folder (freedesktop.org
+/// autostart). On replaces whatever entry was there. Off takes it away, and overrules one that the system has for all
+/// users. An entry is whole or as before. Throws CocoaError when it can't be written. Main thread.
 PLATFORM_EXPORT void setLoginItemEnabled(const LoginItem& item, bool enabled);
 
 /// The executable that runs in this process, or the image it was started from (AppImage).
