@@ -1,9 +1,10 @@
 // The web-view companion: found, unpacked, started with its argument, told its page, and ended. A shell script in a
 // bundle stands for it.
 
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "Platform/AppKit/NSRunningApplication.h"
 #include "Platform/Foundation/Bundle.h"
@@ -41,6 +42,7 @@ class WebViewTest : public PluginTest {
     makeApplication(scratch / "Mirelo.app", "com.example.host", "");
     platform::Bundle::setMainForTesting(scratch / "Mirelo.app");
     filesystem::create_directories(folder());
+    for (const char* const each : {"told", "never"}) EXPECT_EQ(mkfifo((scratch / each).c_str(), 0600), 0);
   }
   ~WebViewTest() override {
     for (const auto& each : companions()) each->terminate();
@@ -54,21 +56,24 @@ class WebViewTest : public PluginTest {
     return NSRunningApplication::runningApplications("com.brenholt.macos.mirelo.webview");
   }
 
-  /// It writes down its argument and waits for its end.
-  static void makeCompanion(const filesystem::path& bundle) {
+  /// It tells its argument through a pipe that it keeps open, and waits for its end.
+  void makeCompanion(const filesystem::path& bundle) const {
     makeApplication(bundle, "com.brenholt.macos.mirelo.webview",
-                    "printf '%s|%s' \"$#\" \"$1\" > \"$0.part\"; mv \"$0.part\" \"$0.told\"\n"
-                    "trap 'kill $!; exit' TERM; sleep 1000 & wait");
+                    "exec 3>'" + (scratch / "told").native() +
+                        "'; printf '%s|%s\\0' \"$#\" \"$1\" >&3; read -r line <>'" + (scratch / "never").native() +
+                        "'");
   }
   void makeArchive() const {
     makeCompanion(scratch / "made" / kApp);
     zipItem(URL::fileURL((scratch / "made" / kApp).native()), URL::fileURL(archive().native()));
   }
 
-  std::string told() const {
-    const auto file = app() / "Contents/Linux/MireloWebView_1_1_2.told";
-    while (!filesystem::exists(file)) usleep(1000);
-    return readText(file);
+  /// What the companion that runs was told.
+  std::string told() {
+    pipe.open(scratch / "told");
+    std::string text;
+    std::getline(pipe, text, '\0');
+    return text;
   }
   void open(const Dictionary& options = {}) {
     appKit->openWebViewWithUrl("https://example.com/길", std::nullopt, "agent", options);
@@ -81,6 +86,7 @@ class WebViewTest : public PluginTest {
   }
 
   const ScratchFolder scratch;
+  std::ifstream pipe;
 };
 
 TEST_F(WebViewTest, ABundleThatIsThereIsStartedWithOneArgument) {
@@ -229,7 +235,8 @@ TEST_F(WebViewTest, OneThatRunsIsNotStartedAgainAndEndsWithTheHost) {
   EXPECT_TRUE(appKit->hasActiveWebView());
   told();
   appKit->applicationWillTerminate();
-  while (appKit->hasActiveWebView()) usleep(1000);
+  EXPECT_EQ(pipe.get(), std::ifstream::traits_type::eof());
+  EXPECT_FALSE(appKit->hasActiveWebView());
 }
 
 struct ParametersRow {
