@@ -99,7 +99,7 @@ void AppRestarter::unzipDownloadedFile(const URL& downloadLocation, Unpacked com
                           bool success, const std::optional<std::string>&) {
     std::optional<URL> application;
     try {
-      if (success && !weak.expired()) application = findComplete(downloadLocation);
+      if (success && !weak.expired()) application = findApp(downloadLocation);
     } catch (const CocoaError&) {
       // As if there were none.
     }
@@ -124,12 +124,6 @@ void AppRestarter::runProcess(Process& process, Ran completion) {
       [output = std::move(output), completion = std::move(completion)] { completion(output.has_value(), output); });
 }
 
-std::optional<URL> AppRestarter::findComplete(const URL& downloadLocation) {
-  if (UnpackFolder(downloadLocation).isComplete()) return findApp(downloadLocation);
-  logRestarter("the unpacked files are not complete");
-  return std::nullopt;
-}
-
 std::optional<URL> AppRestarter::findApp(const URL& downloadLocation) {
   const URL folder = downloadLocation.deletingLastPathComponent();
   logRestarter("find app in unziped files " + folder.absoluteString());
@@ -138,6 +132,8 @@ std::optional<URL> AppRestarter::findApp(const URL& downloadLocation) {
     if (item.pathExtension() != "app") continue;
     if (item.absoluteString().find("Relauncher") != std::string::npos) continue;
     if (entryType(item) != Entry::EntryType::directory) continue;
+    // The tool ends with success even when it left something out.
+    if (!UnpackFolder(downloadLocation).isComplete()) continue;
     logRestarter("found app " + item.absoluteString());
     return item;
   }

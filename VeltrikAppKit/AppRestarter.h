@@ -41,8 +41,8 @@ class AppRestarter final : public std::enable_shared_from_this<AppRestarter> {
   static void logRestarter(const std::string& message);
   void unzipDownloadedFile(const platform::URL& downloadLocation, Unpacked completion);
   static void runProcess(platform::Process& process, Ran completion);
-  static std::optional<platform::URL> findComplete(const platform::URL& downloadLocation);
-  /// Throws `CocoaError` when something can't be looked at.
+  /// Nothing in the folder is accepted unless all of the archive was unpacked. Throws `CocoaError` when something
+  /// can't be looked at.
   static std::optional<platform::URL> findApp(const platform::URL& downloadLocation);
   static void installAndRestart(const platform::URL& newBundle);
   static void relaunch(const std::string& bundlePath, const std::string& relauncherFolder);

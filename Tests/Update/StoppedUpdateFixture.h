@@ -54,8 +54,6 @@ class StoppedUpdate : public testing::Test {
     std::filesystem::remove_all(bench.downloads());
     std::filesystem::create_directories(bench.downloads());
     std::filesystem::copy_file(bench.root / "update.zip", bench.archive());
-    std::filesystem::remove(bench.root / "tools/open.told");
-    std::filesystem::remove(bench.root / "tools/open.part");
   }
 
   fault::Outcome run(fault::Injection injection) {
@@ -80,6 +78,7 @@ class StoppedUpdate : public testing::Test {
     const auto restarter = AppRestarter::make();
     restarter->restart(bench.archive());
     desktop.settle();
+    UpdateBench::waitForStarted();
     platform::setLogSink(former);
   }
 

@@ -3,8 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -24,16 +27,20 @@
 namespace veltrik {
 
 /// An installed application, a download folder with an update for it, and the system tools as they are, but for "open",
-/// whose arguments are written down instead.
+/// whose arguments are written down instead. What is started on its own becomes a child of this process, so that it can
+/// be waited for, and is when the bench goes.
 class UpdateBench {
  public:
   UpdateBench() : open_("/usr/bin/open", root / "tools/open") {
-    writeText(root / "tools/open",
-              "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.part\" && mv \"$0.part\" \"$0.told\" 2>/dev/null\n");
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    writeText(root / "tools/open", "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.told\"\n");
     std::filesystem::permissions(root / "tools/open", std::filesystem::perms(0755));
     makeInstalled();
   }
-  ~UpdateBench() { platform::Bundle::setMainForTesting({}); }
+  ~UpdateBench() {
+    waitForStarted();
+    platform::Bundle::setMainForTesting({});
+  }
   UpdateBench(const UpdateBench&) = delete;
   UpdateBench& operator=(const UpdateBench&) = delete;
 
@@ -81,9 +88,16 @@ class UpdateBench {
     pack(into);
   }
 
+  /// Waits until every program that was started has ended.
+  static void waitForStarted() {
+    while (waitpid(-1, nullptr, 0) > 0 || errno == EINTR) {
+    }
+  }
+
+  /// The arguments that "open" was started with, a line each; nothing when it wasn't.
   std::optional<std::string> openTold() const {
-    std::ifstream told(root / "tools/open.told");
-    if (!told) return std::nullopt;
+    waitForStarted();
+    if (!std::filesystem::exists(root / "tools/open.told")) return std::nullopt;
     return readText(root / "tools/open.told");
   }
 

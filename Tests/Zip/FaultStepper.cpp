@@ -67,9 +67,8 @@ class Stepper {
            PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL | PTRACE_O_TRACEEXEC | (injection_.wholeTree ? kFollow : 0));
     stepped_ = {child_};
     proceed(child_, 0);
-    while (!stepped_.empty()) {
-      const pid_t process = waitpid(injection_.wholeTree ? -1 : child_, &status, __WALL);
-      if (process < 0) break;
+    // Until there is none: what was just forked is there before it is heard of.
+    for (pid_t process = 0; (process = waitpid(injection_.wholeTree ? -1 : child_, &status, __WALL)) > 0;) {
       if (WIFSTOPPED(status))
         stopped(process, status);
       else
@@ -90,6 +89,10 @@ class Stepper {
 
   void stopped(pid_t process, int status) {
     const bool isNew = stepped_.insert(process).second;
+    if (isKilled_) {
+      kill(process, SIGKILL);
+      return;
+    }
     const int signal = WSTOPSIG(status);
     const bool isEvent = status >> 16 != 0;
     if (signal == (SIGTRAP | 0x80)) {
@@ -114,6 +117,7 @@ class Stepper {
     if (!hit || injection_.kind == Injection::Kind::none) return true;
     if (!outcome_.hitCall) outcome_.hitCall = number;
     if (injection_.kind == Injection::Kind::kill) {
+      isKilled_ = true;
       for (const pid_t each : stepped_) kill(each, SIGKILL);
       return false;
     }
@@ -140,6 +144,7 @@ class Stepper {
   pid_t child_;
   const Injection& injection_;
   Outcome outcome_;
+  bool isKilled_ = false;  ///< and with it what was just being made
   std::set<pid_t> stepped_;
   std::set<pid_t> replaced_;  ///< their call was left out and its result is to be replaced
 };
