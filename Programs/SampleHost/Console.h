@@ -1,7 +1,5 @@
 #pragma once
 
-#include <map>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -39,8 +37,8 @@ class Console {
   bool ended_ = false;
   std::uint64_t inputWatch_ = 0;
   std::uint64_t lineWatch_ = 0;
-  std::map<std::string, std::unique_ptr<ChatWindow>> chats_;
-  std::map<std::string, std::unique_ptr<SearchWindow>> searches_;
+  OpenWindows<ChatWindow> chats_{"chat"};
+  OpenWindows<SearchWindow> searches_{"search"};
   std::vector<std::function<void()>> afterAnswer_;
   std::function<void(const std::string&)> formerLogSink_;
 };

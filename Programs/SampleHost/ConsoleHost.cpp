@@ -19,24 +19,19 @@ void answer(ConsoleContext& context, const string& delegate, const string& membe
 }
 
 void openChat(ConsoleContext& context, const string& identifier, optional<Rect> frame) {
-  auto& chat = context.chats[identifier];
-  if (chat) throw RequestError(fmt::format("the chat \"{}\" is open already", identifier));
-  chat = std::make_unique<ChatWindow>(context.host, identifier);
-  chat->open(frame.value_or(kChatFrame));
+  context.chats.open(context.host, identifier, frame.value_or(kChatFrame));
 }
 
 Value messages(ConsoleContext& context, const string& identifier) {
-  const auto found = context.chats.find(identifier);
-  if (found == context.chats.end()) throw RequestError(fmt::format("there is no chat \"{}\"", identifier));
   Value::Array texts;
-  for (const ChatMessage& message : found->second->chat().messages()) texts.push_back(message.text);
+  for (const ChatMessage& message : context.chats.at(identifier).chat().messages()) texts.push_back(message.text);
   return texts;
 }
 
 /// Lets go of the window's helper, as a host does when its window has closed.
 void releaseHelper(ConsoleContext& context, const string& identifier) {
-  context.chats.erase(identifier);
-  context.searches.erase(identifier);
+  context.chats.close(identifier);
+  context.searches.close(identifier);
   context.host.window(identifier).helper.reset();
 }
 

@@ -15,17 +15,13 @@ namespace {
 constexpr Rect kSearchFrame{620, 160, 300, 300};
 
 void openSearch(ConsoleContext& context, const string& identifier, optional<Rect> frame) {
-  auto& search = context.searches[identifier];
-  if (search) throw RequestError(fmt::format("the search \"{}\" is open already", identifier));
-  search = std::make_unique<SearchWindow>(context.host, identifier);
-  search->open(frame.value_or(kSearchFrame));
+  context.searches.open(context.host, identifier, frame.value_or(kSearchFrame));
 }
 
 Value found(ConsoleContext& context, const string& identifier) {
-  const auto search = context.searches.find(identifier);
-  if (search == context.searches.end()) throw RequestError(fmt::format("there is no search \"{}\"", identifier));
-  return platform::Dictionary{{"names", Codec<std::vector<string>>::encode(search->second->found())},
-                              {"chosen", static_cast<std::int64_t>(search->second->chosen())}};
+  const SearchWindow& search = context.searches.at(identifier);
+  return platform::Dictionary{{"names", Codec<std::vector<string>>::encode(search.found())},
+                              {"chosen", static_cast<std::int64_t>(search.chosen())}};
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,6 +8,7 @@
 #include "Programs/SampleHost/ChatWindow.h"
 #include "Programs/SampleHost/Host.h"
 #include "Programs/SampleHost/Machine.h"
+#include "Programs/SampleHost/OpenWindows.h"
 #include "Programs/SampleHost/SearchWindow.h"
 
 namespace samplehost {
@@ -18,8 +17,8 @@ namespace samplehost {
 struct ConsoleContext {
   Host& host;
   Machine& machine;
-  std::map<std::string, std::unique_ptr<ChatWindow>>& chats;
-  std::map<std::string, std::unique_ptr<SearchWindow>>& searches;
+  OpenWindows<ChatWindow>& chats;
+  OpenWindows<SearchWindow>& searches;
   /// The identifier in the request's target ("main" of "window:main"); empty for the other targets.
   std::string identifier;
   /// Runs after the answer was written: what the user does may take as long as the application's own loops do.

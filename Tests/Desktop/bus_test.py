@@ -12,34 +12,17 @@ import signal
 import socket
 import struct
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
 
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "SampleHost"))
+from bus_service import Bus
+
 PATH, INTERFACE = "/com/brenholt/VeltrikAppKit/Notifications", "com.brenholt.VeltrikAppKit.Notifications"
 PATIENCE = 20
 MIB = 1 << 20
-
-
-class Bus:
-    """A session bus at an address that stays the same over its deaths."""
-
-    def __init__(self, folder):
-        self.socket = os.path.join(folder, "bus")
-        self.address = f"unix:path={self.socket}"
-        self.daemon = None
-
-    def start(self):
-        pathlib.Path(self.socket).unlink(missing_ok=True)
-        self.daemon = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1",
-                                        f"--address={self.address}"], stdout=subprocess.PIPE,
-                                       stderr=subprocess.DEVNULL)
-        self.daemon.stdout.readline()
-
-    def kill(self):
-        self.daemon.kill()
-        self.daemon.wait()
-        self.daemon.stdout.close()
 
 
 class Peer:
@@ -162,7 +145,6 @@ class BusTest(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.TemporaryDirectory(prefix="bus-test-")
         self.bus = Bus(self.folder.name)
-        self.bus.start()
         self.peers = []
 
     def tearDown(self):

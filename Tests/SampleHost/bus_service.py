@@ -14,6 +14,8 @@ FORMATS = {"b": "<I", "u": "<I", "t": "<Q"}
 
 
 class Bus:
+    """A session bus at an address that stays the same over its deaths."""
+
     def __init__(self, folder, name="bus"):
         self.socket = os.path.join(folder, name)
         self.address = f"unix:path={self.socket}"

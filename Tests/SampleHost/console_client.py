@@ -93,6 +93,16 @@ class Console:
         return value
 
 
+def run(*command):
+    """What a tool prints; it ends well and soon."""
+    return subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, check=True, timeout=60).stdout.decode()
+
+
+def keys(*names):
+    """Presses keys as a user does."""
+    run("xdotool", "key", "--delay", "10", *names)
+
+
 def rect(x, y, width, height):
     return {"x": x, "y": y, "width": width, "height": height}
 

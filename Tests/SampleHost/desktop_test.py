@@ -2,21 +2,12 @@
 bus and the Hangul input method: run it under scripts/private-desktop --wm openbox --ime ibus."""
 
 import os
-import signal
-import subprocess
 import unittest
 
-from console_client import Console, Refused, rect
+from bus_service import Bus as SessionBus
+from console_client import Console, Refused, keys, rect, run
 
 FRAME = rect(200, 100, 460, 560)
-
-
-def run(*command):
-    return subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, check=True, timeout=20).stdout.decode()
-
-
-def keys(*names):
-    run("xdotool", "key", "--delay", "10", *names)
 
 
 class DesktopCase(unittest.TestCase):
@@ -216,35 +207,22 @@ class Bus(DesktopCase):
 
 class BusDies(unittest.TestCase):
     def test_a_dying_bus_ends_no_process(self):
-        address = f"unix:path={os.environ['XDG_RUNTIME_DIR']}/dying-bus"
-        environment = {"DBUS_SESSION_BUS_ADDRESS": address}
-
-        def start_bus():
-            bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address={address}",
-                                    "--print-address=1"], stdout=subprocess.PIPE)
-            bus.stdout.readline()
-            return bus
-
-        def stop(bus):
-            os.kill(bus.pid, signal.SIGKILL)
-            bus.wait()
-            bus.stdout.close()
-
-        bus = start_bus()
+        bus = SessionBus(os.environ["XDG_RUNTIME_DIR"], "dying-bus")
+        environment = {"DBUS_SESSION_BUS_ADDRESS": bus.address}
         with Console("desktop", environment) as one, Console("desktop", environment) as two:
             two.desktop("observe", "mirelo_still")
             for number in range(100):
-                stop(bus)
+                bus.kill()
                 self.assertIsInstance(one.desktop("now"), float)
                 self.assertIsInstance(two.desktop("now"), float)
-                bus = start_bus()
+                bus.start()
 
             def arrives():
                 one.desktop("post", "mirelo_still", {"here": True})
                 return any(line.get("event") == "notification" for line in two.take())
 
             two.until(arrives, "the observer is back on the new bus")
-        stop(bus)
+        bus.kill()
 
 
 if __name__ == "__main__":

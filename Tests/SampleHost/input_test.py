@@ -3,23 +3,14 @@ scripts/private-desktop --wm openbox --ime ibus."""
 
 import ctypes
 import os
-import subprocess
 import tempfile
 import time
 import unittest
 
 from bus_service import Bus, Service
-from console_client import Console, rect
+from console_client import Console, keys, rect, run
 
 FRAME = rect(200, 160, 300, 300)
-
-
-def run(*command):
-    return subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, check=True, timeout=20).stdout.decode()
-
-
-def keys(*names):
-    run("xdotool", "key", "--delay", "10", *names)
 
 
 class ScreenSaverInfo(ctypes.Structure):

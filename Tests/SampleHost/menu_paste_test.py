@@ -10,17 +10,13 @@ import tempfile
 import time
 import unittest
 
-from console_client import Console, rect
+from console_client import Console, rect, run
 
 SOURCE = os.environ.get("PASTE_SOURCE",
                         str(pathlib.Path(__file__).resolve().parents[2] / "build/default/bin/PasteSource"))
 FRAME = rect(300, 100, 460, 560)
 NAME = "a b#%가'\"?.txt"
 ITEMS = [{"title": "답장"}, {"title": "Forward"}, {"separator": True}, {"title": "Mute", "state": "on"}]
-
-
-def run(*command):
-    return subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, check=True, timeout=20).stdout.decode()
 
 
 def screen_size():

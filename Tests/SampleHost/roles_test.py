@@ -2,20 +2,15 @@
 manager and a session bus: run it under scripts/private-desktop --wm openbox."""
 
 import os
-import subprocess
 import tempfile
 import unittest
 
-from console_client import Console, rect
+from console_client import Console, rect, run
 from x_windows import XServer
 
 MAIN = rect(420, 180, 400, 420)
 CHILDREN = {"right": rect(0, 0, 140, 120), "below": rect(0, 0, 150, 100), "left": rect(0, 0, 160, 110)}
 EDGES = {"right": [2, 1], "below": [2, 3], "left": [0, 1]}
-
-
-def run(*command):
-    return subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, check=True, timeout=20).stdout.decode()
 
 
 class RolesCase(unittest.TestCase):

@@ -12,16 +12,12 @@ import tempfile
 import time
 import unittest
 
-from console_client import Console, rect
+from console_client import Console, rect, run
 
 APPS = pathlib.Path(os.environ.get("MIRELO_APPS", pathlib.Path(__file__).resolve().parents[2] / "build/default/apps"))
 COMPANION = "MireloWebView_1_1_2.app"
 TITLE_BAR = 29
 GAP = 8
-
-
-def run(*command):
-    return subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, check=True, timeout=60).stdout.decode()
 
 
 def processes_in(folder):

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "Platform/Foundation/CocoaError.h"
+#include "Tests/ScratchFolder.h"
 #include "Tests/Zip/HostileArchives.h"
-#include "Tests/Zip/TemporaryFolder.h"
 #include "VeltrikAppKit/Archive.h"
 #include "VeltrikAppKit/Data+CRC32.h"
 
@@ -77,13 +77,13 @@ class AddTest : public testing::TestWithParam<bool> {
   URL url(const std::string& name) const { return URL::fileURL((folder_.path() / name).string()); }
 
   void openOn(DataView bytes) {
-    writeFile(folder_.path() / "a.zip", platform::textOf(bytes));
+    writeText(folder_.path() / "a.zip", platform::textOf(bytes));
     archive_ = inMemory() ? Archive::open(platform::copyOf(bytes), {.accessMode = ArchiveAccessMode::update})
                           : Archive::open(url("a.zip"), {.accessMode = ArchiveAccessMode::update});
     ASSERT_NE(archive_, nullptr);
   }
   std::string bytes() const {
-    return inMemory() ? std::string(platform::textOf(*archive_->data())) : readFile(folder_.path() / "a.zip");
+    return inMemory() ? std::string(platform::textOf(*archive_->data())) : readText(folder_.path() / "a.zip");
   }
   /// Everything the archive holds is what a fresh look at its bytes shows.
   void expectSound() const {
@@ -98,7 +98,7 @@ class AddTest : public testing::TestWithParam<bool> {
     EXPECT_EQ(count, fresh->endOfCentralDirectoryRecord().totalNumberOfEntriesInCentralDirectory);
   }
 
-  TemporaryFolder folder_;
+  ScratchFolder folder_;
   std::unique_ptr<Archive> archive_;
 };
 
@@ -307,13 +307,13 @@ class AddItemTest : public testing::Test {
   AddItemTest() {
     archive_ = Archive::open(url("a.zip"), {.accessMode = ArchiveAccessMode::create});
     std::filesystem::create_directories(folder_.path() / "docs/sub");
-    writeFile(folder_.path() / "docs/text", "some text");
+    writeText(folder_.path() / "docs/text", "some text");
     std::filesystem::create_symlink("text", folder_.path() / "docs/link");
     std::filesystem::create_symlink("nowhere", folder_.path() / "docs/dangling");
   }
   URL url(const std::string& name) const { return URL::fileURL((folder_.path() / name).string()); }
 
-  TemporaryFolder folder_;
+  ScratchFolder folder_;
   std::unique_ptr<Archive> archive_;
 };
 
@@ -341,7 +341,7 @@ TEST_F(AddItemTest, RefusesWhatItCannotTake) {
   ASSERT_EQ(mkfifo((folder_.path() / "pipe").c_str(), 0600), 0);
   {
     const std::string large = (folder_.path() / "large").string();
-    writeFile(large, "");
+    writeText(large, "");
     ASSERT_EQ(truncate(large.c_str(), 1LL << 32), 0);
   }
   struct Case {
@@ -356,10 +356,10 @@ TEST_F(AddItemTest, RefusesWhatItCannotTake) {
       {std::string("docs\0", 5), "fileReadInvalidFileName"},
       {std::string(300, 'n'), "fileNoSuchFile"},
   };
-  const std::string before = readFile(folder_.path() / "a.zip");
+  const std::string before = readText(folder_.path() / "a.zip");
   for (const auto& row : cases) {
     EXPECT_EQ(failureOf([&] { archive_->addEntry(row.path, url("")); }), row.want) << row.path;
-    EXPECT_EQ(readFile(folder_.path() / "a.zip"), before);
+    EXPECT_EQ(readText(folder_.path() / "a.zip"), before);
   }
   std::filesystem::create_hard_link(folder_.path() / "a.zip", folder_.path() / "twin");
   EXPECT_EQ(failureOf([&] { archive_->addEntry("twin", url("")); }), "invalidEntryPath") << "by any name";
@@ -389,12 +389,12 @@ class FileSizeLimit {
 TEST_F(AddItemTest, AFullDiskLeavesEveryByteAsItWas) {
   archive_->addEntry("docs/text", url(""));
   const std::string text = noise(600000);
-  const std::string before = readFile(folder_.path() / "a.zip");
+  const std::string before = readText(folder_.path() / "a.zip");
   for (rlim_t limit = before.size() - 30; limit < text.size() + before.size();
        limit += limit < before.size() + 30 ? 7 : 90001) {
     const FileSizeLimit full(limit);
     EXPECT_EQ(failureOf([&] { archive_->addEntry("new", file(text.size()), from(text)); }), "unwritableFile") << limit;
-    EXPECT_EQ(readFile(folder_.path() / "a.zip"), before) << limit;
+    EXPECT_EQ(readText(folder_.path() / "a.zip"), before) << limit;
   }
   archive_->addEntry("new", file(text.size()), from(text));
   EXPECT_EQ(contents(*archive_, "new"), text);

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "Platform/Foundation/CocoaError.h"
+#include "Tests/ScratchFolder.h"
 #include "Tests/Zip/HostileArchives.h"
-#include "Tests/Zip/TemporaryFolder.h"
 #include "VeltrikAppKit/Data+CRC32.h"
 
 namespace veltrik {
@@ -44,11 +44,11 @@ class ArchiveTest : public testing::Test {
  protected:
   URL url(const std::string& name) const { return URL::fileURL((folder_.path() / name).string()); }
   std::unique_ptr<Archive> openFile(DataView bytes, ArchiveOptions options = {}) {
-    writeFile(folder_.path() / "a.zip", platform::textOf(bytes));
+    writeText(folder_.path() / "a.zip", platform::textOf(bytes));
     return Archive::open(url("a.zip"), options);
   }
 
-  TemporaryFolder folder_;
+  ScratchFolder folder_;
 };
 
 TEST_F(ArchiveTest, OpensWhatEndsWithARecordNearItsEnd) {
@@ -103,10 +103,10 @@ TEST_F(ArchiveTest, MakesNewArchivesOnly) {
   ASSERT_NE(made, nullptr);
   EXPECT_EQ(made->url(), url("new.zip"));
   EXPECT_EQ(made->data(), std::nullopt);
-  EXPECT_EQ(readFile(folder_.path() / "new.zip").size(), 22U);
-  writeFile(folder_.path() / "there.zip", "mine");
+  EXPECT_EQ(readText(folder_.path() / "new.zip").size(), 22U);
+  writeText(folder_.path() / "there.zip", "mine");
   EXPECT_EQ(Archive::open(url("there.zip"), {.accessMode = ArchiveAccessMode::create}), nullptr);
-  EXPECT_EQ(readFile(folder_.path() / "there.zip"), "mine");
+  EXPECT_EQ(readText(folder_.path() / "there.zip"), "mine");
 }
 
 TEST(MemoryArchive, IsMadeOfNothingOrOpenedOnBytes) {
@@ -206,7 +206,7 @@ TEST_F(ArchiveTest, CountsUnitsOfWork) {
   EXPECT_EQ(archive->totalUnitCountForReading(*(*archive)["l"]), 6);
   EXPECT_EQ(archive->totalUnitCountForRemoving(*(*archive)["f"]), (30 + 2) + (30 + 1 + 6));
   EXPECT_EQ(archive->totalUnitCountForAddingItem(url("a.zip")),
-            static_cast<std::int64_t>(readFile(folder_.path() / "a.zip").size()));
+            static_cast<std::int64_t>(readText(folder_.path() / "a.zip").size()));
   EXPECT_EQ(archive->totalUnitCountForAddingItem(url("")), 1);
   EXPECT_EQ(archive->totalUnitCountForAddingItem(url("missing")), -1);
   Member liar = fileMember("liar", "abc");
@@ -259,9 +259,9 @@ TEST(Extraction, StoredFilesComeInBlocksOfTheBuffersSize) {
   for (const auto& row : cases) {
     const std::string text = repeated(row.size);
     for (const bool inMemory : {true, false}) {
-      TemporaryFolder folder;
+      ScratchFolder folder;
       const Data bytes = assembled({fileMember("f", text)});
-      writeFile(folder.path() / "a.zip", platform::textOf(bytes));
+      writeText(folder.path() / "a.zip", platform::textOf(bytes));
       const auto archive =
           inMemory ? Archive::open(bytes) : Archive::open(URL::fileURL((folder.path() / "a.zip").string()));
       const Extracted result = extracted(*archive, *archive->begin(), {.bufferSize = row.bufferSize});
@@ -395,7 +395,7 @@ TEST_F(ExtractionToDisk, MakesItemsWithParentsPermissionsAndDate) {
   umask(022);
   for (const Entry& entry : *archive) archive->extract(entry, url("deep/down/" + entry.path()));
   const auto place = folder_.path() / "deep/down";
-  EXPECT_EQ(readFile(place / "program"), "#!");
+  EXPECT_EQ(readText(place / "program"), "#!");
   EXPECT_EQ(status(place / "program").st_mode, 0104751U);
   EXPECT_EQ(std::filesystem::read_symlink(place / "l"), "program");
   EXPECT_TRUE(S_ISDIR(status(place / "d").st_mode));
@@ -408,7 +408,7 @@ TEST_F(ExtractionToDisk, MakesItemsWithParentsPermissionsAndDate) {
 TEST_F(ExtractionToDisk, NeverReplacesAnything) {
   const auto archive =
       openFile(assembled({fileMember("f", "new"), hostile::linkMember("l", "x"), hostile::directoryMember("d/")}));
-  writeFile(folder_.path() / "file", "old");
+  writeText(folder_.path() / "file", "old");
   std::filesystem::create_symlink("nowhere", folder_.path() / "dangling");
   std::filesystem::create_directory(folder_.path() / "directory");
   std::filesystem::create_symlink("directory", folder_.path() / "linked");
@@ -429,7 +429,7 @@ TEST_F(ExtractionToDisk, NeverReplacesAnything) {
   EXPECT_EQ(code("d/", "directory"), "done") << "a directory may be there";
   EXPECT_EQ(code("d/", "linked"), "fileWriteFileExists") << "but not a link to one";
   EXPECT_EQ(code("d/", "file"), "fileWriteFileExists");
-  EXPECT_EQ(readFile(folder_.path() / "file"), "old");
+  EXPECT_EQ(readText(folder_.path() / "file"), "old");
   EXPECT_FALSE(std::filesystem::exists(folder_.path() / "nowhere"));
 }
 
@@ -439,13 +439,13 @@ TEST_F(ExtractionToDisk, LeavesWhatThereIsOfAFileWhenItFails) {
   platform::Progress cancelled;
   cancelled.cancel();
   EXPECT_THROW(archive->extract(*archive->begin(), url("out"), {.progress = &cancelled}), ArchiveError);
-  EXPECT_EQ(readFile(folder_.path() / "out"), "");
+  EXPECT_EQ(readText(folder_.path() / "out"), "");
 
   Member damaged = hostile::deflatedMember("g", text);
   damaged.data.resize(damaged.data.size() / 2);
   const auto broken = openFile(assembled({damaged}));
   EXPECT_THROW(broken->extract(*broken->begin(), url("half")), CompressionError);
-  const std::string half = readFile(folder_.path() / "half");
+  const std::string half = readText(folder_.path() / "half");
   EXPECT_TRUE(text.starts_with(half));
   EXPECT_GT(half.size(), 1000U);
 }
@@ -454,14 +454,14 @@ TEST_F(ExtractionToDisk, CopiesStoredBytesUnseen) {
   const std::string text = repeated(3000000);
   const auto archive = openFile(assembled({fileMember("f", text)}));
   EXPECT_EQ(archive->extract(*archive->begin(), url("a"), {.skipCRC32 = true}), 0U);
-  EXPECT_EQ(readFile(folder_.path() / "a"), text);
+  EXPECT_EQ(readText(folder_.path() / "a"), text);
   platform::Progress progress;
   archive->extract(*archive->begin(), url("b"), {.skipCRC32 = true, .progress = &progress});
   EXPECT_EQ(progress.completedUnitCount(), 3000000);
-  EXPECT_EQ(readFile(folder_.path() / "b"), text);
+  EXPECT_EQ(readText(folder_.path() / "b"), text);
   const auto inMemory = Archive::open(assembled({fileMember("f", text)}));
   inMemory->extract(*inMemory->begin(), url("c"), {.skipCRC32 = true});
-  EXPECT_EQ(readFile(folder_.path() / "c"), text);
+  EXPECT_EQ(readText(folder_.path() / "c"), text);
 }
 
 TEST_F(ExtractionToDisk, RefusesLinkTargetsThatAreNoText) {
@@ -480,7 +480,7 @@ TEST_F(ExtractionToDisk, RefusesLinkTargetsThatAreNoText) {
 
 TEST_F(ExtractionToDisk, SaysWhatStandsInTheWay) {
   const auto archive = openFile(assembled({fileMember("f", "x")}));
-  writeFile(folder_.path() / "file", "");
+  writeText(folder_.path() / "file", "");
   EXPECT_THROW(archive->extract(*archive->begin(), url("file/below")), platform::CocoaError);
   EXPECT_THROW(archive->extract(*archive->begin(), url(std::string(300, 'n'))), platform::CocoaError);
 }

@@ -8,9 +8,9 @@
 #include <iostream>
 #include <map>
 
+#include "Tests/ScratchFolder.h"
 #include "Tests/Zip/FaultStepper.h"
 #include "Tests/Zip/HostileArchives.h"
-#include "Tests/Zip/TemporaryFolder.h"
 #include "VeltrikAppKit/Archive.h"
 #include "VeltrikAppKit/FileManager+ZIP.h"
 
@@ -106,7 +106,7 @@ class KilledRemoval : public testing::TestWithParam<Removal> {};
 
 TEST_P(KilledRemoval, LeavesTheOldOrTheNewArchive) {
   const auto& [name, layout, victim, step] = GetParam();
-  const TemporaryFolder folder;
+  const ScratchFolder folder;
   const auto path = folder.path() / "archive.zip";
   const auto url = platform::URL::fileURL(path.native());
   const std::string before = textOf(hostile::assembled(layout));
@@ -116,19 +116,19 @@ TEST_P(KilledRemoval, LeavesTheOldOrTheNewArchive) {
     archive->remove((*archive)[victimPath].value(),
                     {.bufferSize = bufferSize, .progress = bufferSize == 0 ? nullptr : &progress});
   };
-  writeFile(path, before);
+  writeText(path, before);
   work();
-  const std::string after = readFile(path);
+  const std::string after = readText(path);
   ASSERT_LT(after.size(), before.size());
   sweep(
       "removal, " + name,
       [&] {
         for (const auto& item : filesystem::directory_iterator(folder.path())) filesystem::remove_all(item);
-        writeFile(path, before);
+        writeText(path, before);
       },
       work,
       [&] {
-        const std::string left = readFile(path);
+        const std::string left = readText(path);
         EXPECT_TRUE(left == before || left == after)
             << "neither the old nor the new archive, " << left.size() << " bytes";
       });
@@ -169,11 +169,11 @@ class KilledExtraction : public testing::TestWithParam<Extraction> {};
 
 TEST_P(KilledExtraction, LeavesNoHalfFile) {
   const auto& [name, members] = GetParam();
-  const TemporaryFolder folder;
+  const ScratchFolder folder;
   const auto archive = folder.path() / "archive.zip";
   const auto out = folder.path() / "out";
   const std::string bytes = textOf(hostile::assembled(members));
-  writeFile(archive, bytes);
+  writeText(archive, bytes);
   std::map<filesystem::path, std::string> complete;
   const auto work = [&] {
     veltrik::unzipItem(platform::URL::fileURL(archive.native()), platform::URL::directoryURL(out.native()));
@@ -183,17 +183,17 @@ TEST_P(KilledExtraction, LeavesNoHalfFile) {
     if (item.is_symlink()) {
       complete[item.path()] = filesystem::read_symlink(item.path());
     } else if (item.is_regular_file()) {
-      complete[item.path()] = readFile(item.path());
+      complete[item.path()] = readText(item.path());
     }
   }
   sweep(
       "extraction, " + name, [&] { filesystem::remove_all(out); }, work,
       [&] {
-        EXPECT_EQ(readFile(archive), bytes);
+        EXPECT_EQ(readText(archive), bytes);
         for (const auto& [path, content] : complete) {
           if (!filesystem::exists(filesystem::symlink_status(path))) continue;
           const bool isLink = filesystem::is_symlink(path);
-          EXPECT_TRUE((isLink ? filesystem::read_symlink(path).native() : readFile(path)) == content) << path;
+          EXPECT_TRUE((isLink ? filesystem::read_symlink(path).native() : readText(path)) == content) << path;
         }
       });
 }

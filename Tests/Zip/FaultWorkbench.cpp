@@ -157,7 +157,7 @@ std::string kindOf(const filesystem::path& path, bool withTime) {
   std::string kind = std::to_string(status.st_mode) + ":";
   if (S_ISREG(status.st_mode)) {
     if (withTime) kind += std::to_string(status.st_mtim.tv_sec) + ":";
-    kind += readFile(path);
+    kind += readText(path);
   } else if (S_ISLNK(status.st_mode)) {
     kind += filesystem::read_symlink(path).native();
   }
@@ -172,10 +172,10 @@ Workbench::Workbench() : original_(original()) {
 
 void Workbench::reset() const {
   for (const auto& item : filesystem::directory_iterator(folder_.path())) filesystem::remove_all(item);
-  writeFile(path("archive.zip"), original_);
+  writeText(path("archive.zip"), original_);
   filesystem::create_directories(path("source/inner"));
-  writeFile(path("source/text"), longText());
-  writeFile(path("source/inner/short"), "short");
+  writeText(path("source/text"), longText());
+  writeText(path("source/inner/short"), "short");
   filesystem::create_symlink("inner/short", path("source/link"));
   const timespec times[] = {{1620284890, 0}, {1620284890, 0}};
   for (const char* name : {"source/text", "source/inner/short", "source/inner", "source/link"}) {

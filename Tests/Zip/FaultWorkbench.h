@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "Tests/Zip/TemporaryFolder.h"
+#include "Tests/ScratchFolder.h"
 #include "VeltrikAppKit/Archive.h"
 
 namespace fault {
@@ -22,14 +22,14 @@ class Workbench {
   std::filesystem::path path(std::string_view name) const { return folder_.path() / name; }
   platform::URL url(std::string_view name) const;
   platform::URL archiveURL() const { return url("archive.zip"); }
-  std::string archiveBytes() const { return readFile(path("archive.zip")); }
+  std::string archiveBytes() const { return readText(path("archive.zip")); }
   const std::string& originalArchive() const { return original_; }
 
   /// What stands in the folder: each item's kind, mode and content, and below "out" also the times that were set.
   std::map<std::string, std::string> contents() const;
 
  private:
-  TemporaryFolder folder_;
+  ScratchFolder folder_;
   std::string original_;
 };
 

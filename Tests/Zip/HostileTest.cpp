@@ -7,10 +7,10 @@
 #include <algorithm>
 #include <ctime>
 
+#include "Tests/ScratchFolder.h"
 #include "Tests/Zip/FaultAllocation.h"
 #include "Tests/Zip/HostileArchives.h"
 #include "Tests/Zip/HostileExercises.h"
-#include "Tests/Zip/TemporaryFolder.h"
 
 namespace {
 
@@ -49,7 +49,7 @@ class Sandbox {
  public:
   Sandbox() {
     filesystem::create_directory(outside());
-    writeFile(outside() / "victim", "untouched");
+    writeText(outside() / "victim", "untouched");
   }
 
   filesystem::path outside() const { return folder_.path() / "outnot"; }
@@ -61,13 +61,13 @@ class Sandbox {
     filesystem::create_symlink("../outnot/victim", out / "standing file");
     filesystem::create_symlink("../nowhere", out / "standing nowhere");
     const auto archive = folder_.path() / "archive.zip";
-    writeFile(archive, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    writeText(archive, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
     expectBounded([&] { hostile::unpack(archive, out); });
     expectNoSetIDBits(out);
     filesystem::remove_all(out);
     EXPECT_EQ(names(folder_.path()), (std::vector<std::string>{"archive.zip", "outnot"}));
     EXPECT_EQ(names(outside()), std::vector<std::string>{"victim"});
-    EXPECT_EQ(readFile(outside() / "victim"), "untouched");
+    EXPECT_EQ(readText(outside() / "victim"), "untouched");
   }
 
  private:
@@ -86,7 +86,7 @@ class Sandbox {
     }
   }
 
-  TemporaryFolder folder_;
+  ScratchFolder folder_;
 };
 
 void exercise(const Bytes& bytes) {

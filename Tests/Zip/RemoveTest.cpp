@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "Tests/ScratchFolder.h"
 #include "Tests/Zip/HostileArchives.h"
-#include "Tests/Zip/TemporaryFolder.h"
 #include "VeltrikAppKit/Archive.h"
 
 namespace veltrik {
@@ -25,13 +25,13 @@ class RemoveTest : public testing::TestWithParam<bool> {
   bool inMemory() const { return GetParam(); }
   URL url(const std::string& name) const { return URL::fileURL((folder_.path() / name).string()); }
   void openOn(DataView bytes, const std::string& name = "a.zip") {
-    writeFile(folder_.path() / name, platform::textOf(bytes));
+    writeText(folder_.path() / name, platform::textOf(bytes));
     archive_ = inMemory() ? Archive::open(platform::copyOf(bytes), {.accessMode = ArchiveAccessMode::update})
                           : Archive::open(url(name), {.accessMode = ArchiveAccessMode::update});
     ASSERT_NE(archive_, nullptr);
   }
   std::string bytes() const {
-    return inMemory() ? std::string(platform::textOf(*archive_->data())) : readFile(folder_.path() / "a.zip");
+    return inMemory() ? std::string(platform::textOf(*archive_->data())) : readText(folder_.path() / "a.zip");
   }
   std::vector<std::string> remaining() const {
     std::vector<std::string> paths;
@@ -60,7 +60,7 @@ class RemoveTest : public testing::TestWithParam<bool> {
     }
   }
 
-  TemporaryFolder folder_;
+  ScratchFolder folder_;
   std::unique_ptr<Archive> archive_;
 };
 
@@ -168,9 +168,9 @@ TEST_P(RemoveTest, ProgressCountsWhatStaysAndCancels) {
 }
 
 TEST(Removing, KeepsTheFilesRightsAndGoesThroughLinks) {
-  TemporaryFolder folder;
+  ScratchFolder folder;
   const auto path = folder.path() / "a.zip";
-  writeFile(path, platform::textOf(assembled({fileMember("a", "1"), fileMember("b", "2")})));
+  writeText(path, platform::textOf(assembled({fileMember("a", "1"), fileMember("b", "2")})));
   chmod(path.c_str(), 0640);
   std::filesystem::create_symlink("a.zip", folder.path() / "link.zip");
   const auto archive =
@@ -185,9 +185,9 @@ TEST(Removing, KeepsTheFilesRightsAndGoesThroughLinks) {
 }
 
 TEST(Removing, AVanishedArchiveIsAnError) {
-  TemporaryFolder folder;
+  ScratchFolder folder;
   const auto path = folder.path() / "a.zip";
-  writeFile(path, platform::textOf(assembled({fileMember("a", "1")})));
+  writeText(path, platform::textOf(assembled({fileMember("a", "1")})));
   const auto archive = Archive::open(URL::fileURL(path.string()), {.accessMode = ArchiveAccessMode::update});
   std::filesystem::remove(path);
   EXPECT_ANY_THROW(archive->remove(*archive->begin()));

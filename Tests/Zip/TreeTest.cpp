@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "Platform/Foundation/CocoaError.h"
+#include "Tests/ScratchFolder.h"
 #include "Tests/Zip/HostileArchives.h"
-#include "Tests/Zip/TemporaryFolder.h"
 #include "VeltrikAppKit/Archive.h"
 #include "VeltrikAppKit/FileManager+ZIP.h"
 
@@ -38,7 +38,7 @@ std::map<std::string, std::string> described(const fs::path& root) {
     if (item.is_symlink()) {
       text += fs::read_symlink(item.path()).string();
     } else if (item.is_regular_file()) {
-      text += readFile(item.path());
+      text += readText(item.path());
     }
     items[fs::relative(item.path(), root).string()] = text;
   }
@@ -55,9 +55,9 @@ class TreeTest : public testing::Test {
   void makeTree() const {
     fs::create_directories(root_ / "tree/a/b");
     fs::create_directories(root_ / "tree/empty");
-    writeFile(root_ / "tree/a/b/deep", std::string(50000, 'd'));
-    writeFile(root_ / "tree/a/run", "#!/bin/sh\n");
-    writeFile(root_ / "tree/한글 이름", "");
+    writeText(root_ / "tree/a/b/deep", std::string(50000, 'd'));
+    writeText(root_ / "tree/a/run", "#!/bin/sh\n");
+    writeText(root_ / "tree/한글 이름", "");
     fs::create_symlink("a/run", root_ / "tree/link");
     fs::create_symlink("..", root_ / "tree/a/up");
     chmod((root_ / "tree/a/run").c_str(), 0755);
@@ -68,7 +68,7 @@ class TreeTest : public testing::Test {
     }
   }
   void write(std::vector<Member> members) const {
-    writeFile(root_ / "a.zip", platform::textOf(assembled(std::move(members))));
+    writeText(root_ / "a.zip", platform::textOf(assembled(std::move(members))));
   }
   std::vector<std::string> entries() const {
     std::vector<std::string> paths;
@@ -88,7 +88,7 @@ class TreeTest : public testing::Test {
     }
   }
 
-  TemporaryFolder folder_;
+  ScratchFolder folder_;
   fs::path root_;
 };
 
@@ -140,24 +140,24 @@ TEST_F(TreeTest, ABatchIsByteForByteWhatSingleAdditionsMake) {
   for (const std::string& path : platform::FileManager().subpathsOfDirectory((root_ / "tree").string())) {
     single->addEntry(path, url("tree"), {.compressionMethod = CompressionMethod::deflate});
   }
-  EXPECT_EQ(readFile(root_ / "a.zip"), readFile(root_ / "b.zip"));
+  EXPECT_EQ(readText(root_ / "a.zip"), readText(root_ / "b.zip"));
 }
 
 TEST_F(TreeTest, PackingRefusesBadPlaces) {
   makeTree();
-  writeFile(root_ / "there", "mine");
+  writeText(root_ / "there", "mine");
   EXPECT_EQ(failureOf([&] { zipItem(url("missing"), url("a.zip")); }), "fileReadNoSuchFile");
   EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("there")); }), "fileWriteFileExists");
   EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("missing/a.zip")); }), "unwritableArchive");
   EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("tree/a.zip")); }), "invalidEntryPath");
-  EXPECT_EQ(readFile(root_ / "there"), "mine");
+  EXPECT_EQ(readText(root_ / "there"), "mine");
 }
 
 TEST_F(TreeTest, WhatFailsWhilePackingLeavesTheCompleteEntries) {
   fs::create_directories(root_ / "tree");
-  writeFile(root_ / "tree/1", "one");
+  writeText(root_ / "tree/1", "one");
   ASSERT_EQ(mkfifo((root_ / "tree/2").c_str(), 0600), 0);
-  writeFile(root_ / "tree/3", "three");
+  writeText(root_ / "tree/3", "three");
   EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("a.zip"), {.shouldKeepParent = false}); }), "fileReadUnknown");
   EXPECT_THAT(entries(), ElementsAre("1"));
   fs::remove(root_ / "a.zip");
@@ -169,18 +169,18 @@ TEST_F(TreeTest, WhatFailsWhilePackingLeavesTheCompleteEntries) {
 
 TEST_F(TreeTest, UnpackingRefusesBadPlaces) {
   write({fileMember("f", "x")});
-  writeFile(root_ / "none.zip", "nothing");
-  writeFile(root_ / "file", "mine");
+  writeText(root_ / "none.zip", "nothing");
+  writeText(root_ / "file", "mine");
   EXPECT_EQ(failureOf([&] { unzipItem(url("missing"), url("out")); }), "fileReadNoSuchFile");
   EXPECT_EQ(failureOf([&] { unzipItem(url("none.zip"), url("out")); }), "unreadableArchive");
   EXPECT_EQ(failureOf([&] { unzipItem(url("a.zip"), url("file")); }), "fileWriteFileExists");
-  EXPECT_EQ(readFile(root_ / "file"), "mine");
+  EXPECT_EQ(readText(root_ / "file"), "mine");
 }
 
 TEST_F(TreeTest, DirectoriesComeFirstAndLinksLast) {
   write({linkMember("a/l", "b.txt"), fileMember("a/b.txt", "text"), directoryMember("a/")});
   unzipItem(url("a.zip"), url("out"));
-  EXPECT_EQ(readFile(root_ / "out/a/l"), "text");
+  EXPECT_EQ(readText(root_ / "out/a/l"), "text");
 }
 
 TEST_F(TreeTest, ALinkFromTheArchiveIsNeverWrittenThrough) {
@@ -214,7 +214,7 @@ TEST_F(TreeTest, ALinkOnDiskIsNeverWrittenThrough) {
   write({fileMember("f", "x")});
   fs::create_symlink("out", root_ / "linked");
   unzipItem(url("a.zip"), url("linked"));
-  EXPECT_EQ(readFile(root_ / "out/f"), "x") << "the destination itself may be a link";
+  EXPECT_EQ(readText(root_ / "out/f"), "x") << "the destination itself may be a link";
 }
 
 TEST_F(TreeTest, NamesStayInsideTheDestination) {
@@ -243,7 +243,7 @@ TEST_F(TreeTest, NamesStayInsideTheDestination) {
     const std::string failure = failureOf([&] { unzipItem(url("a.zip"), url("out")); });
     EXPECT_EQ(failure, row.want.empty() ? "fileReadInvalidFileName" : "") << row.name;
     if (!row.want.empty()) {
-      EXPECT_EQ(readFile(root_ / "out" / row.want), "x") << row.name;
+      EXPECT_EQ(readText(root_ / "out" / row.want), "x") << row.name;
     }
     for (const auto& item : fs::directory_iterator(root_)) {
       EXPECT_TRUE(item.path().filename() == "out" || item.path().filename() == "a.zip") << item.path();
@@ -267,7 +267,7 @@ TEST_F(TreeTest, EntriesForTheDestinationItselfAreItsAttributes) {
 
 TEST_F(TreeTest, WhatExistsEndsItAndStays) {
   fs::create_directories(root_ / "out/d");
-  writeFile(root_ / "out/second", "mine");
+  writeText(root_ / "out/second", "mine");
   write({directoryMember("d/"), fileMember("first", "1"), fileMember("second", "2"), fileMember("third", "3")});
   try {
     unzipItem(url("a.zip"), url("out"));
@@ -277,8 +277,8 @@ TEST_F(TreeTest, WhatExistsEndsItAndStays) {
     EXPECT_EQ(error.path(), (root_ / "out/second").string());
     EXPECT_EQ(error.entry(), "second");
   }
-  EXPECT_EQ(readFile(root_ / "out/first"), "1");
-  EXPECT_EQ(readFile(root_ / "out/second"), "mine");
+  EXPECT_EQ(readText(root_ / "out/first"), "1");
+  EXPECT_EQ(readText(root_ / "out/second"), "mine");
   EXPECT_FALSE(fs::exists(root_ / "out/third"));
 }
 
@@ -336,7 +336,7 @@ TEST_F(TreeTest, NamesAreDecodedAsAsked) {
   korean.flags = 0;
   write({korean});
   unzipItem(url("a.zip"), url("out"), {.preferredEncoding = platform::StringEncoding::dosKorean});
-  EXPECT_EQ(readFile(root_ / "out/한글"), "k");
+  EXPECT_EQ(readText(root_ / "out/한글"), "k");
 }
 
 TEST_F(TreeTest, SpecialPermissionsCanBeMasked) {
@@ -369,7 +369,7 @@ TEST(Containment, ComparesStandardisedTexts) {
 }
 
 TEST_F(TreeTest, AsksTheFileSystemWithoutFollowingLinks) {
-  writeFile(root_ / "f", "12345");
+  writeText(root_ / "f", "12345");
   fs::create_symlink("f", root_ / "l");
   const timespec times[] = {{0, 0}, {1000, 250000000}};
   utimensat(AT_FDCWD, (root_ / "f").c_str(), times, 0);
