@@ -80,7 +80,7 @@ void sweep(const std::string& name, const std::function<void()>& prepare, const 
 
 struct Removal {
   std::string name;
-  Layout layout;
+  std::function<Layout()> layout;
   std::string victim;
   /// Bytes copied between two looks at the progress, or 0 when nobody watches.
   std::uint32_t step = 0;
@@ -88,18 +88,26 @@ struct Removal {
   friend std::ostream& operator<<(std::ostream& stream, const Removal& removal) { return stream << removal.name; }
 };
 
+/// Made where it is needed and not for each test of the program.
+std::function<Layout()> plain(std::size_t count, std::size_t size) {
+  return [=] { return Layout{members(count, size), {}, {}}; };
+}
+
 std::vector<Removal> removals() {
-  const Layout prefixed{members(5, 20'000), std::string(5000, '#'), "with a comment"};
-  return {{"first of five", {members(5, 20'000), {}, {}}, "file 0"},
-          {"middle of five", {members(5, 20'000), {}, {}}, "file 2"},
-          {"last of five", {members(5, 20'000), {}, {}}, "file 4"},
-          {"the only one", {members(1, 100), {}, {}}, "file 0"},
-          {"prefixed and commented", prefixed, "file 1"},
-          {"watched in steps", {members(8, 20'000), {}, {}}, "file 3", 400},
-          {"watched in larger steps", {members(60, 20'000), {}, {}}, "file 30", 900},
-          {"first of many small", {members(300, 10), {}, {}}, "file 0"},
-          {"one of big ones", {members(4, 3'000'000), {}, {}}, "file 1"},
-          {"one of two hundred", {members(200, 17'000), {}, {}}, "file 100"}};
+  return {{"first of five", plain(5, 20'000), "file 0"},
+          {"middle of five", plain(5, 20'000), "file 2"},
+          {"last of five", plain(5, 20'000), "file 4"},
+          {"the only one", plain(1, 100), "file 0"},
+          {"prefixed and commented",
+           [] {
+             return Layout{members(5, 20'000), std::string(5000, '#'), "with a comment"};
+           },
+           "file 1"},
+          {"watched in steps", plain(8, 20'000), "file 3", 400},
+          {"watched in larger steps", plain(60, 20'000), "file 30", 900},
+          {"first of many small", plain(300, 10), "file 0"},
+          {"one of big ones", plain(4, 3'000'000), "file 1"},
+          {"one of two hundred", plain(200, 17'000), "file 100"}};
 }
 
 class KilledRemoval : public testing::TestWithParam<Removal> {};
@@ -109,7 +117,7 @@ TEST_P(KilledRemoval, LeavesTheOldOrTheNewArchive) {
   const ScratchFolder folder;
   const auto path = folder.path() / "archive.zip";
   const auto url = platform::URL::fileURL(path.native());
-  const std::string before = textOf(hostile::assembled(layout));
+  const std::string before = textOf(hostile::assembled(layout()));
   const auto work = [&, victimPath = victim, bufferSize = step] {
     const auto archive = Archive::open(url, {.accessMode = Archive::AccessMode::update});
     platform::Progress progress;
@@ -136,32 +144,40 @@ TEST_P(KilledRemoval, LeavesTheOldOrTheNewArchive) {
 
 struct Extraction {
   std::string name;
-  std::vector<Member> members;
+  std::function<std::vector<Member>()> members;
 
   friend std::ostream& operator<<(std::ostream& stream, const Extraction& extraction) {
     return stream << extraction.name;
   }
 };
 
-std::vector<Extraction> extractions() {
-  std::vector<Member> tree;
+std::vector<Member> tree() {
+  std::vector<Member> made;
   for (int folder = 0; folder < 20; ++folder) {
     const std::string name = "folder " + std::to_string(folder) + "/";
-    tree.push_back(hostile::directoryMember(name));
-    tree.push_back(hostile::linkMember(name + "link", "file 0"));
+    made.push_back(hostile::directoryMember(name));
+    made.push_back(hostile::linkMember(name + "link", "file 0"));
     for (int file = 0; file < 12; ++file) {
-      tree.push_back(hostile::deflatedMember(name + "file " + std::to_string(file), contentOfSize(1000)));
+      made.push_back(hostile::deflatedMember(name + "file " + std::to_string(file), contentOfSize(1000)));
     }
   }
-  std::vector<Member> stored;
+  return made;
+}
+
+std::vector<Member> stored() {
+  std::vector<Member> made;
   for (int file = 0; file < 120; ++file) {
-    stored.push_back(hostile::fileMember("deep/er/file " + std::to_string(file), contentOfSize(20'000)));
+    made.push_back(hostile::fileMember("deep/er/file " + std::to_string(file), contentOfSize(20'000)));
   }
-  return {{"one small", members(1, 5)},
+  return made;
+}
+
+std::vector<Extraction> extractions() {
+  return {{"one small", [] { return members(1, 5); }},
           {"many stored", stored},
-          {"stored and deflated of several blocks", members(6, 100'000)},
-          {"empty ones", members(3, 0)},
-          {"a link", {hostile::linkMember("link", "somewhere/else")}},
+          {"stored and deflated of several blocks", [] { return members(6, 100'000); }},
+          {"empty ones", [] { return members(3, 0); }},
+          {"a link", [] { return std::vector{hostile::linkMember("link", "somewhere/else")}; }},
           {"a tree", tree}};
 }
 
@@ -172,7 +188,7 @@ TEST_P(KilledExtraction, LeavesNoHalfFile) {
   const ScratchFolder folder;
   const auto archive = folder.path() / "archive.zip";
   const auto out = folder.path() / "out";
-  const std::string bytes = textOf(hostile::assembled(members));
+  const std::string bytes = textOf(hostile::assembled(members()));
   writeText(archive, bytes);
   std::map<filesystem::path, std::string> complete;
   const auto work = [&] {
