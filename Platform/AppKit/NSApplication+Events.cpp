@@ -3,22 +3,11 @@
 
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/AppKit/ScopedDepth.h"
 #include "Platform/Foundation/RunLoop.h"
 #include "Platform/Foundation/Session.h"
 
 namespace platform {
-
-/// Counts a nested state up for the length of a scope, whatever way it is left.
-class NSApplication::Depth {
- public:
-  explicit Depth(int& depth) : depth_(depth) { ++depth_; }
-  ~Depth() { --depth_; }
-  Depth(const Depth&) = delete;
-  Depth& operator=(const Depth&) = delete;
-
- private:
-  int& depth_;
-};
 
 void NSApplication::postEvent(EventPointer event, bool atStart) {
   if (!event) return;
@@ -34,7 +23,7 @@ EventPointer NSApplication::nextEvent(std::uint64_t mask, double deadline) {
 }
 
 EventPointer NSApplication::takeEvent(std::uint64_t mask, double deadline, const std::function<bool()>& abandoned) {
-  const Depth tracking(trackingDepth_);
+  const ScopedDepth tracking(trackingDepth_);
   RunLoop& loop = RunLoop::main();
   for (;;) {
     if (abandoned()) return nullptr;

@@ -121,7 +121,6 @@ class PLATFORM_EXPORT NSApplication {
     EventMonitor handler;
     bool removed = false;
   };
-  class Depth;
   class ModalSession;
 
   // Modal sessions and sheets (NSApplication+Modal.cpp).

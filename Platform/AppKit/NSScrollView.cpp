@@ -5,6 +5,7 @@
 
 #include "Platform/AppKit/NSClipView.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/AppKit/Palette.h"
 
 namespace platform {
 namespace {
@@ -12,7 +13,6 @@ namespace {
 constexpr double kLegacyWidth = 15;
 constexpr double kOverlayWidth = 10;
 constexpr Color kBackground{1, 1, 1, 1};
-constexpr Color kBorderColor{0.75, 0.75, 0.75, 1};
 
 double widthOf(bool has, const NSScroller& scroller) {
   return has && scroller.scrollerStyle() == ScrollerStyle::legacy ? kLegacyWidth : 0;
@@ -156,7 +156,7 @@ void NSScrollView::setDrawsBackground(bool draws) {
 void NSScrollView::draw(port::Canvas& canvas) {
   const Rect whole{{0, 0}, frame().size()};
   if (drawsBackground_) canvas.fill(whole, kBackground, 0);
-  if (border_ == BorderType::line) canvas.stroke(whole.insetBy(0.5, 0.5), kBorderColor, 1, 0);
+  if (border_ == BorderType::line) canvas.stroke(whole.insetBy(0.5, 0.5), palette::kSeparator, 1, 0);
 }
 
 void NSScrollView::layout() {

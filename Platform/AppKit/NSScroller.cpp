@@ -3,6 +3,7 @@
 
 #include "Platform/AppKit/NSScrollView.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/AppKit/Palette.h"
 #include "Platform/Foundation/RunLoop.h"
 
 namespace platform {
@@ -13,8 +14,6 @@ constexpr double kFadeStep = 0.05;
 constexpr double kFadeBy = 0.2;
 constexpr double kShortestKnob = 18;
 constexpr double kKnobInset = 2;
-constexpr Color kKnobColor{0, 0, 0, 0.45};
-constexpr Color kTrackColor{0.93, 0.93, 0.93, 1};
 
 }  // namespace
 
@@ -67,10 +66,10 @@ NSView* NSScroller::hitTest(Point point) {
 }
 
 void NSScroller::draw(port::Canvas& canvas) {
-  if (style_ == ScrollerStyle::legacy) canvas.fill({{0, 0}, frame().size()}, kTrackColor, 0);
+  if (style_ == ScrollerStyle::legacy) canvas.fill({{0, 0}, frame().size()}, palette::kScrollerTrack, 0);
   const double visible = visibility();
   if (visible <= 0) return;
-  Color color = kKnobColor;
+  Color color = palette::kScrollerKnob;
   color.alpha *= visible;
   const Rect bar = knob();
   canvas.fill(bar, color, std::min(bar.width, bar.height) / 2);

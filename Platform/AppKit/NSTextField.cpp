@@ -7,6 +7,7 @@
 #include "Platform/AppKit/NSClipView.h"
 #include "Platform/AppKit/NSTextView.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/AppKit/Palette.h"
 #include "Platform/AppKit/TextRanges.h"
 #include "Platform/Foundation/Session.h"
 #include "Platform/Foundation/Unicode.h"
@@ -17,8 +18,6 @@ namespace {
 
 constexpr double kPadding = 2;  ///< between the field's sides and the text
 constexpr double kUnlimited = 1e7;
-constexpr Color kTextColor{0.1, 0.1, 0.1, 1};
-constexpr Color kPlaceholderColor{0.56, 0.58, 0.6, 1};
 /// A line of it is centred; other lines share its baseline, however high the fonts are that they use.
 constexpr const char16_t* kReferenceText = u"가g";
 
@@ -128,7 +127,7 @@ bool NSTextField::becomeFirstResponder() {
   editor->setAllowsUndo(true);
   editor->setDrawsBackground(false);
   editor->setFont(font_);
-  editor->setTextColor(kTextColor);
+  editor->setTextColor(palette::kText);
   editor->setHorizontallyResizable(true);
   editor->setVerticallyResizable(true);
   editor->textContainer() = {.containerSize = {kUnlimited, kUnlimited},
@@ -200,7 +199,7 @@ std::shared_ptr<const port::TextLayout> NSTextField::lineOf(const std::u16string
 }
 
 double NSTextField::topOf(const port::TextLayout& line) const {
-  const auto reference = lineOf(kReferenceText, kTextColor);
+  const auto reference = lineOf(kReferenceText, palette::kText);
   const double baseline =
       std::floor((bounds().height - reference->size().height) / 2) + reference->lines().front().baseline;
   return baseline - line.lines().front().baseline;
@@ -209,7 +208,8 @@ double NSTextField::topOf(const port::TextLayout& line) const {
 void NSTextField::draw(port::Canvas& canvas) {
   const bool showsPlaceholder = text_.empty();
   if (editor_ && !showsPlaceholder) return;
-  const auto line = showsPlaceholder ? lineOf(utf16(placeholder_), kPlaceholderColor) : lineOf(text_, kTextColor);
+  const auto line =
+      showsPlaceholder ? lineOf(utf16(placeholder_), palette::kInactiveText) : lineOf(text_, palette::kText);
   canvas.text(*line, {kPadding, topOf(*line)});
 }
 
@@ -223,7 +223,7 @@ void NSTextField::layout() {
 }
 
 void NSTextField::placeEditor() {
-  const Point origin{0, topOf(*lineOf(editor_->textStorage().string(), kTextColor))};
+  const Point origin{0, topOf(*lineOf(editor_->textStorage().string(), palette::kText))};
   editor_->setFrame({origin, editor_->frame().size()});
 }
 

@@ -3,6 +3,7 @@
 #include "Platform/AppKit/NSScrollView.h"
 #include "Platform/AppKit/NSTextView.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/AppKit/Palette.h"
 #include "Platform/AppKit/TextRanges.h"
 
 namespace platform {
@@ -10,8 +11,6 @@ namespace {
 
 constexpr double kCaretWidth = 1;
 constexpr double kUnlimitedWidth = 1e6;
-constexpr Color kSelectionColor{0.70, 0.84, 1.0, 1};
-constexpr Color kInactiveSelectionColor{0.85, 0.85, 0.85, 1};
 
 port::Wrapping wrappingFor(LineBreakMode mode, double width) {
   if (width >= kUnlimitedWidth || mode == LineBreakMode::byClipping) return port::Wrapping::none;
@@ -126,7 +125,7 @@ void NSTextView::draw(port::Canvas& canvas) {
 void NSTextView::drawSelection(port::Canvas& canvas) const {
   if (selection_.length == 0) return;
   const Rect visible = visibleRect();
-  const Color& color = caretTimer_ ? kSelectionColor : kInactiveSelectionColor;
+  const Color& color = caretTimer_ ? palette::kSelection : palette::kInactiveSelection;
   for (const Rect& rect : lines_.rectsFor(selection_)) {
     const Rect placed = rect.offsetBy({container_.lineFragmentPadding, 0});
     if (!placed.intersection(visible).isEmpty()) canvas.fill(placed, color, 0);

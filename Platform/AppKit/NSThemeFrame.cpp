@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Platform/AppKit/ScopedDepth.h"
 #include "Platform/Foundation/ProcessInfo.h"
 
 namespace platform {
@@ -149,11 +150,7 @@ void NSThemeFrame::resizeTo(Point onScreen) {
   // The opposite edge stays.
   const double x = press.edges.x < 0 ? press.frame.maxX() - size.width : press.frame.x;
   const double y = press.edges.y < 0 ? press.frame.maxY() - size.height : press.frame.y;
-  struct Change {
-    int& depth;
-    explicit Change(int& changes) : depth(changes) { ++depth; }
-    ~Change() { --depth; }
-  } change(window->userChangesFrame_);
+  const ScopedDepth change(window->userChangesFrame_);
   window->setFrame({x, y, size.width, size.height}, true);
 }
 

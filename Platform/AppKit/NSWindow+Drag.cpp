@@ -2,6 +2,7 @@
 
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/AppKit/ScopedDepth.h"
 #include "Platform/Foundation/Session.h"
 
 namespace platform {
@@ -49,11 +50,6 @@ void NSWindow::performDrag(const EventPointer& event) {
 }
 
 void NSWindow::moveByModel(const EventPointer& event, bool movedByMachine, const std::function<bool()>& left) {
-  struct Change {
-    int& depth;
-    explicit Change(int& changes) : depth(changes) { ++depth; }
-    ~Change() { --depth; }
-  };
   struct ByMachine {
     bool& flag;
     ByMachine(bool& moved, bool is) : flag(moved) { flag = is; }
@@ -66,7 +62,7 @@ void NSWindow::moveByModel(const EventPointer& event, bool movedByMachine, const
   const Point grip = onScreen(*event) - frame_.origin();
   EventPointer release;
   {
-    std::optional<Change> change;
+    std::optional<ScopedDepth> change;
     if (!movedByMachine) change.emplace(userChangesFrame_);
     while (!release) {
       const EventPointer next = application.takeEvent(kDragMask, std::numeric_limits<double>::infinity(), left);

@@ -10,6 +10,11 @@ inline constexpr Color kTitleBar{0.925, 0.925, 0.933, 1};
 inline constexpr Color kSeparator{0.82, 0.82, 0.835, 1};
 inline constexpr Color kText{0.13, 0.13, 0.15, 1};
 inline constexpr Color kInactiveText{0.58, 0.58, 0.61, 1};
+inline constexpr Color kSelection{0.70, 0.84, 1.0, 1};
+/// Behind selected text that has no keyboard.
+inline constexpr Color kInactiveSelection{0.85, 0.85, 0.85, 1};
+inline constexpr Color kScrollerKnob{0, 0, 0, 0.45};
+inline constexpr Color kScrollerTrack{0.93, 0.93, 0.93, 1};
 
 inline constexpr Color kCloseButton{0.93, 0.42, 0.37, 1};
 inline constexpr Color kMiniaturizeButton{0.96, 0.75, 0.31, 1};
