@@ -10,6 +10,7 @@
 #include <set>
 
 #include "Platform/Foundation/CocoaError.h"
+#include "Tests/ScratchFolder.h"
 
 namespace platform {
 namespace {
@@ -19,12 +20,6 @@ using Code = CocoaError::Code;
 
 class FileManagerTest : public testing::Test {
  protected:
-  FileManagerTest() {
-    std::string pattern = fs::temp_directory_path().string() + "/files-XXXXXX";
-    root_ = mkdtemp(pattern.data());
-  }
-  ~FileManagerTest() override { fs::remove_all(root_); }
-
   std::string path(const std::string& name) const { return (root_ / name).string(); }
   URL url(const std::string& name) const { return URL::fileURL(path(name)); }
   void write(const std::string& name, std::string_view text) const {
@@ -45,7 +40,8 @@ class FileManagerTest : public testing::Test {
     }
   }
 
-  fs::path root_;
+  const ScratchFolder folder_;
+  const fs::path root_ = folder_.path();
   FileManager files_;
 };
 
@@ -170,12 +166,12 @@ TEST_F(FileManagerTest, MovesRemovesAndReplaces) {
 }
 
 TEST_F(FileManagerTest, BetweenFileSystemsItCopies) {
+  const fs::path temporary = fs::temp_directory_path();
   struct stat here {};
   struct stat there {};
-  if (stat("/dev/shm", &there) != 0 || stat(root_.c_str(), &here) != 0 || here.st_dev == there.st_dev) {
+  if (stat(temporary.c_str(), &there) != 0 || stat(root_.c_str(), &here) != 0 || here.st_dev == there.st_dev)
     GTEST_SKIP() << "only one file system to write to";
-  }
-  const URL elsewhere = URL::fileURL("/dev/shm/" + globallyUniqueString());
+  const URL elsewhere = URL::fileURL((temporary / globallyUniqueString()).native());
   write("f", "text");
   files_.moveItem(url("f"), elsewhere);
   EXPECT_FALSE(files_.isReachableItem(url("f")));

@@ -76,18 +76,11 @@ class DistributedTest : public testing::Test {
   std::vector<std::string> logged_;
 };
 
-TEST_F(DistributedTest, AnOwnPostIsHeardLaterAndOnceAndGoesOut) {
-  post({{"k", "v"}});
-  EXPECT_TRUE(heard_.empty());
-  desktop_.settle();
-  EXPECT_THAT(heard_, ElementsAre(Dictionary{{"k", "v"}}));
-  EXPECT_THAT(desktop_.broadcast()->posted(), ElementsAre(headless::BroadcastMessage{"n", "", {{"k", "v"}}}));
-}
-
 TEST_F(DistributedTest, WhatIsPostedAndReceivedKeepsItsOrder) {
   receive({{"k", 1}});
   desktop_.settle();
   post({{"k", 2}});
+  EXPECT_EQ(heard_.size(), 1u) << "an own post is heard later";
   receive({{"k", 3}});
   receive({{"k", 4}});
   desktop_.settle();

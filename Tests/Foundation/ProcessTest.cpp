@@ -40,40 +40,35 @@ bool eventually(const Condition& condition) {
   return true;
 }
 
-struct ShellRow {
-  const char* name;
-  const char* script;
-  int status;
-  const char* output;
-};
-
-class ShellTest : public testing::TestWithParam<ShellRow> {};
-
-TEST_P(ShellTest, IsRunAndHeard) {
-  Process process;
-  process.setLaunchPath("/bin/sh");
-  process.setArguments({"-c", GetParam().script, "first argument", "두 번째 $HOME `x` \"q\""});
-  process.setEnvironment({"COLOUR=blue", "PATH=/usr/bin:/bin"});
-  process.setCurrentDirectory("/usr");
-  process.captureStandardOutput(1 << 20);
-  process.setSilenceLimit(20);
-  process.launch();
-  process.waitUntilExit();
-  EXPECT_EQ(process.terminationStatus(), GetParam().status);
-  EXPECT_EQ(text(process), GetParam().output);
+TEST(Process, IsRunAsItWasSetUpAndHeard) {
+  struct Row {
+    const char* name;
+    const char* script;
+    int status;
+    const char* output;
+  };
+  for (const Row& row : {Row{"exits", "exit 3", 3, ""}, Row{"is killed", "kill -TERM $$", 143, ""},
+                         Row{"its arguments are taken as they are", "printf %s \"$1\"", 0, "두 번째 $HOME `x` \"q\""},
+                         Row{"has only the given environment", "printf %s \"$COLOUR$HOME\"", 0, "blue"},
+                         Row{"has its folder", "pwd", 0, "/usr\n"},
+                         Row{"has nothing to read", "read answer || echo nothing", 0, "nothing\n"},
+                         Row{"has no terminal", "(: </dev/tty) 2>/dev/null || echo none", 0, "none\n"},
+                         Row{"has no other descriptors", "ls /proc/self/fd | wc -l", 0, "4\n"},
+                         Row{"leaves a child with its output", "sleep 1000 & printf done", 0, "done"}}) {
+    SCOPED_TRACE(row.name);
+    Process process;
+    process.setLaunchPath("/bin/sh");
+    process.setArguments({"-c", row.script, "first argument", "두 번째 $HOME `x` \"q\""});
+    process.setEnvironment({"COLOUR=blue", "PATH=/usr/bin:/bin"});
+    process.setCurrentDirectory("/usr");
+    process.captureStandardOutput(1 << 20);
+    process.setSilenceLimit(20);
+    process.launch();
+    process.waitUntilExit();
+    EXPECT_EQ(process.terminationStatus(), row.status);
+    EXPECT_EQ(text(process), row.output);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, ShellTest,
-    testing::Values(ShellRow{"Exits", "exit 3", 3, ""}, ShellRow{"IsKilled", "kill -TERM $$", 143, ""},
-                    ShellRow{"ItsArgumentsAreTakenAsTheyAre", "printf %s \"$1\"", 0, "두 번째 $HOME `x` \"q\""},
-                    ShellRow{"HasOnlyTheGivenEnvironment", "printf %s \"$COLOUR$HOME\"", 0, "blue"},
-                    ShellRow{"HasItsFolder", "pwd", 0, "/usr\n"},
-                    ShellRow{"HasNothingToRead", "read answer || echo nothing", 0, "nothing\n"},
-                    ShellRow{"HasNoTerminal", "(: </dev/tty) 2>/dev/null || echo none", 0, "none\n"},
-                    ShellRow{"HasNoOtherDescriptors", "ls /proc/self/fd | wc -l", 0, "4\n"},
-                    ShellRow{"LeavesAChildWithItsOutput", "sleep 1000 & printf done", 0, "done"}),
-    [](const auto& row) { return row.param.name; });
 
 TEST(Process, OutputLargerThanAPipeIsTakenWhileTheChildRuns) {
   Process process;
@@ -86,58 +81,42 @@ TEST(Process, OutputLargerThanAPipeIsTakenWhileTheChildRuns) {
   EXPECT_EQ(process.standardOutput().size(), 3'000'000);
 }
 
-struct EndedRow {
-  const char* name;
-  const char* script;
-};
-
-class EndedTest : public testing::TestWithParam<EndedRow> {};
-
-TEST_P(EndedTest, ItAndAllThatItStartedAreEnded) {
-  const ScratchFolder folder;
-  Process process;
-  process.setLaunchPath("/bin/sh");
-  process.setArguments({"-c", "sleep 1000 & echo $! > \"$0\"; " + std::string(GetParam().script), folder / "pid"});
-  process.captureStandardOutput(100'000);
-  process.setSilenceLimit(0.2);
-  process.launch();
-  process.waitUntilExit();
-  EXPECT_EQ(process.terminationStatus(), 128 + SIGKILL);
-  const int descendant = std::stoi(readText(folder / "pid"));
-  EXPECT_TRUE(eventually([&] {
-    const std::string stat = readText("/proc/" + std::to_string(descendant) + "/stat");
-    return stat.empty() || stat.find(") Z") != std::string::npos;
-  }));
+TEST(Process, OneThatDoesNotEndIsEndedWithAllThatItStarted) {
+  for (const std::string ending : {"while :; do wait; done", "kill -STOP $$", "exec yes"}) {
+    SCOPED_TRACE(ending);
+    const ScratchFolder folder;
+    Process process;
+    process.setLaunchPath("/bin/sh");
+    process.setArguments({"-c", "sleep 1000 & echo $! > \"$0\"; " + ending, folder / "pid"});
+    process.captureStandardOutput(100'000);
+    process.setSilenceLimit(0.2);
+    process.launch();
+    process.waitUntilExit();
+    EXPECT_EQ(process.terminationStatus(), 128 + SIGKILL);
+    const std::string descendant = std::to_string(std::stoi(readText(folder / "pid")));
+    EXPECT_TRUE(eventually([&] {
+      const std::string stat = readText("/proc/" + descendant + "/stat");
+      return stat.empty() || stat.find(") Z") != std::string::npos;
+    }));
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, EndedTest,
-                         testing::Values(EndedRow{"Silent", "while :; do wait; done"},
-                                         EndedRow{"Stopped", "kill -STOP $$"}, EndedRow{"Endless", "exec yes"}),
-                         [](const auto& row) { return row.param.name; });
-
-struct UnstartableRow {
-  const char* name;
-  std::string path, argument, folder;
-};
-
-class UnstartableTest : public testing::TestWithParam<UnstartableRow> {};
-
-TEST_P(UnstartableTest, IsToldByAnError) {
-  Process process;
-  process.setLaunchPath(GetParam().path);
-  process.setArguments({GetParam().argument});
-  process.setCurrentDirectory(GetParam().folder);
-  EXPECT_THROW(process.launch(), CocoaError);
-  EXPECT_THROW(process.launchDetached(), CocoaError);
+TEST(Process, WhatCannotBeStartedIsToldByAnError) {
+  struct Row {
+    const char* name;
+    std::string path, argument, folder;
+  };
+  for (const Row& row : {Row{"missing", "/nowhere/at all", "", ""}, Row{"no program", "/etc/passwd", "", ""},
+                         Row{"a folder", "/usr", "", ""}, Row{"no folder", "/bin/true", "", "/nowhere"},
+                         Row{"NUL byte", "/bin/true", std::string("a\0b", 3), ""}}) {
+    Process process;
+    process.setLaunchPath(row.path);
+    process.setArguments({row.argument});
+    process.setCurrentDirectory(row.folder);
+    EXPECT_THROW(process.launch(), CocoaError) << row.name;
+    EXPECT_THROW(process.launchDetached(), CocoaError) << row.name;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, UnstartableTest,
-                         testing::Values(UnstartableRow{"Missing", "/nowhere/at all", "", ""},
-                                         UnstartableRow{"NoProgram", "/etc/passwd", "", ""},
-                                         UnstartableRow{"AFolder", "/usr", "", ""},
-                                         UnstartableRow{"NoFolder", "/bin/true", "", "/nowhere"},
-                                         UnstartableRow{"NulByte", "/bin/true", std::string("a\0b", 3), ""}),
-                         [](const auto& row) { return row.param.name; });
 
 TEST(Process, ADetachedOneIsNobodysChildAndStandsOnItsOwn) {
   const ScratchFolder folder;
@@ -214,9 +193,6 @@ TEST_F(TableTest, ListsWhatRunsABundlesExecutable) {
                  Field(&ApplicationProcess::bundleIdentifier, "com.example.a"));
   };
   EXPECT_THAT(listed(), ElementsAre(is(10), is(12), is(13)));
-}
-
-TEST_F(TableTest, AnUnreadableTableHasNone) {
   EXPECT_THAT(ApplicationProcess::all(folder / "none"), IsEmpty());
 }
 

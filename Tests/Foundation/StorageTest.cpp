@@ -2,10 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,22 +13,12 @@
 #include "Platform/Foundation/Session.h"
 #include "Platform/Foundation/UndoManager.h"
 #include "Platform/Foundation/UserDefaults.h"
+#include "Tests/ScratchFolder.h"
 
 namespace platform {
 namespace {
 
 namespace fs = std::filesystem;
-
-void write(const fs::path& file, const std::string& text) {
-  fs::create_directories(file.parent_path());
-  std::ofstream(file, std::ios::binary) << text;
-}
-
-std::string read(const fs::path& file) {
-  std::ostringstream text;
-  text << std::ifstream(file, std::ios::binary).rdbuf();
-  return text.str();
-}
 
 class StorageTest : public testing::Test {
  protected:
@@ -70,10 +58,10 @@ TEST_F(StorageTest, UnreadableSettingsArePutAside) {
   for (const std::string broken : {"", "{", "[1]", "{\"a\":1} x"}) {
     SCOPED_TRACE(broken);
     logged_.clear();
-    write(file(), broken);
+    writeText(file(), broken);
     restart();
     EXPECT_TRUE(UserDefaults::standard().get("a").isNull());
-    EXPECT_EQ(read(file().native() + ".broken"), broken);
+    EXPECT_EQ(readText(file().native() + ".broken"), broken);
     EXPECT_FALSE(logged_.empty());
     UserDefaults::standard().set("a", 2);
     restart();
@@ -82,7 +70,7 @@ TEST_F(StorageTest, UnreadableSettingsArePutAside) {
 }
 
 TEST_F(StorageTest, AFailingDiskCostsOnlyTheNextStart) {
-  write(desktop_.folders().config, "a file where the folder should be");
+  writeText(desktop_.folders().config, "a file where the folder should be");
   UserDefaults::standard().set("a", 1);
   EXPECT_EQ(UserDefaults::standard().get("a"), Value(1));
   EXPECT_EQ(logged_.size(), 1u);
@@ -98,7 +86,7 @@ class BundleTest : public StorageTest {
  protected:
   fs::path bundle(const std::string& name, const std::string& info) {
     const fs::path path = desktop_.folders().home / name;
-    write(path / "Contents/Info.plist", info);
+    writeText(path / "Contents/Info.plist", info);
     return path;
   }
 };
@@ -110,7 +98,7 @@ TEST_F(BundleTest, TellsWhatItsPropertyListSays) {
                                       "<key>number</key><integer>3</integer><key>flag</key><true/>"
                                       "<key>list</key><array><string>한</string><real>1.5</real></array>"
                                       "</dict>"));
-  write(path / "Contents/Resources/images/icon.png", "png");
+  writeText(path / "Contents/Resources/images/icon.png", "png");
   const auto opened = Bundle::open(path);
   ASSERT_TRUE(opened);
   EXPECT_EQ(opened->bundleIdentifier(), "com.a");
@@ -148,31 +136,6 @@ TEST_F(BundleTest, AnExecutableOutsideTheBundleIsNotNamed) {
     EXPECT_EQ(opened->executablePath().parent_path(), opened->path() / "Contents/Linux") << name;
     EXPECT_NE(opened->executablePath().filename(), "..") << name;
   }
-}
-
-TEST(UndoManager, StepsGoBackAndForth) {
-  UndoManager manager;
-  int value = 0;
-  const std::function<void(int)> set = [&](int to) {
-    manager.registerUndo(&value, [&, from = value] { set(from); });
-    value = to;
-  };
-  set(1);
-  set(2);
-  manager.undo();
-  manager.undo();
-  manager.undo();
-  EXPECT_EQ(value, 0);
-  manager.redo();
-  EXPECT_EQ(value, 1);
-  set(5);
-  EXPECT_FALSE(manager.canRedo()) << "a new step ends the way forward";
-  manager.undo();
-  EXPECT_EQ(value, 1);
-  manager.redo();
-  EXPECT_EQ(value, 5);
-  manager.removeAllActions(&value);
-  EXPECT_FALSE(manager.canUndo() || manager.canRedo());
 }
 
 TEST(UndoManager, AStepThatThrowsOrUndoesLeavesTheManagerUsable) {
