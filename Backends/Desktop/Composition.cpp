@@ -23,7 +23,7 @@ std::size_t caretIn(const QInputMethodEvent& event) {
 
 void Composition::handle(const QInputMethodEvent& event, platform::port::SurfaceSink& sink,
                          const std::function<bool()>& alive) {
-  const QString commit = event.commitString();
+  const QString& commit = event.commitString();
   const QString before = std::exchange(preedit_, event.preeditString());
   if (ignoring_) return;
   if (event.replacementLength() > 0) {

@@ -217,7 +217,7 @@ DBusMenu::DBusMenu(SessionBus& bus, std::function<void(std::int32_t)> chosen) : 
       [this] { sd_bus_add_object_vtable(bus_.connection(), nullptr, kPath, kInterface, Handlers::kTable, this); });
 }
 
-void DBusMenu::show(std::vector<TrayMenuItem> items) {
+void DBusMenu::show(const std::vector<TrayMenuItem>& items) {
   Lines lines{{0, {{{"children-display", std::string("submenu")}}, {}}}};
   add(lines, 0, items);
   if (lines == lines_) return;

@@ -29,7 +29,7 @@ class DBusMenu {
   DBusMenu(const DBusMenu&) = delete;
   DBusMenu& operator=(const DBusMenu&) = delete;
 
-  void show(std::vector<platform::port::TrayMenuItem> items);
+  void show(const std::vector<platform::port::TrayMenuItem>& items);
 
  private:
   struct Line {

@@ -97,7 +97,7 @@ void DesktopCanvas::image(const platform::Bitmap& bitmap, const Rect& into) {
   const auto height = static_cast<std::size_t>(std::max(0, bitmap.height));
   if (width == 0 || height == 0 || bitmap.pixels.size() / width < height) return;
   const QImage image(reinterpret_cast<const uchar*>(bitmap.pixels.data()), bitmap.width, bitmap.height,
-                     bitmap.width * 4, QImage::Format_ARGB32_Premultiplied);
+                     static_cast<qsizetype>(width * sizeof(std::uint32_t)), QImage::Format_ARGB32_Premultiplied);
   painter_.drawImage(rectOf(into), image);
 }
 

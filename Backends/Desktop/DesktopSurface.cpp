@@ -18,7 +18,6 @@
 namespace desktop {
 
 using platform::port::Cursor;
-using platform::port::Surface;
 using platform::port::SurfaceState;
 
 namespace {
