@@ -8,8 +8,10 @@ namespace veltrik {
 namespace {
 
 constexpr std::size_t kDirectoryWindow = 65536;
-constexpr std::size_t kRecordWindow = 4096;
-/// Read where the last place is far off: enough for most local headers.
+constexpr std::size_t kRecordWindow = 16384;
+/// How far behind what was read a place may be for all up to it, and more, to be read too.
+constexpr std::uint64_t kNear = 4096;
+/// Read where the last place is further off: enough for most local headers.
 constexpr std::size_t kFarRead = 512;
 
 }  // namespace
@@ -24,7 +26,7 @@ platform::DataView ReadWindow::bytes(std::uint64_t offset, std::size_t count) {
   const std::uint64_t end = start_ + size_;
   const bool isInside = offset >= start_ && offset <= end && count <= end - offset;
   if (!isInside) {
-    const bool isNear = offset >= start_ && offset <= end + capacity_;
+    const bool isNear = offset >= start_ && offset <= end + kNear;
     const std::size_t wanted = std::max(count, isNear ? capacity_ : kFarRead);
     if (buffer_.size() < wanted) buffer_.resize(std::max(wanted, capacity_));
     // Nothing is kept if reading fails.
