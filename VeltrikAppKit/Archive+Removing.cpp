@@ -234,6 +234,8 @@ void ArchiveRemoval::replaceFile() {
   }
   auto replacement = rebuild(Archive::open(place->file(), {.accessMode = ArchiveAccessMode::create}));
   adoptAttributes(*replacement->state_->stream, *state_.stream);
+  // On disk before it takes the name: a power cut must not leave the name to a file without its bytes.
+  if (fsync(replacement->state_->stream->descriptor()) != 0) throw DataError(DataError::Case::unwritableFile, errno);
   files.replaceItem(location, place->file());
   adopt(std::move(replacement));
   reopenIfCopied(location);

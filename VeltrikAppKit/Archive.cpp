@@ -1,12 +1,13 @@
 #include "VeltrikAppKit/Archive.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "Platform/Foundation/ByteCursor.h"
 #include "Platform/Foundation/CocoaError.h"
 #include "Platform/Foundation/FileManager.h"
+#include "VeltrikAppKit/ArchiveItem.h"
 #include "VeltrikAppKit/ArchiveState.h"
-#include "VeltrikAppKit/FileManager+ZIP.h"
 
 namespace veltrik {
 
@@ -197,7 +198,9 @@ std::int64_t Archive::totalUnitCountForRemoving(const Entry& entry) const {
 
 std::int64_t Archive::totalUnitCountForAddingItem(const platform::URL& url) const {
   try {
-    return entryType(url) == Entry::EntryType::directory ? 1 : fileSize(url);
+    const struct stat status = statusOf(url);
+    if (S_ISDIR(status.st_mode)) return 1;
+    return status.st_size > std::numeric_limits<std::uint32_t>::max() ? -1 : status.st_size;
   } catch (const platform::CocoaError&) {
     return -1;
   }

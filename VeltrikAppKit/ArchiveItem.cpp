@@ -1,7 +1,7 @@
 #include "VeltrikAppKit/ArchiveItem.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <stdio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -43,25 +43,31 @@ void apply(int item, const ItemPlace& place, const FileAttributes& attributes) {
   if (futimens(item, timesOf(attributes).data()) != 0) failWriting(place);
 }
 
-/// A file that has no name yet, or its final one on file systems that know no nameless files.
+/// A file that has no name yet, or, on file systems that know no nameless files, one that nobody looks for.
 class NewFile {
  public:
   NewFile(const ItemPlace& place, mode_t mode) : place_(place) {
     file_ = FileDescriptor(openat(place.directory, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
-    isNameless_ = static_cast<bool>(file_);
-    if (!isNameless_) {
+    if (!file_) {
+      const std::string name = "." + platform::globallyUniqueString();
       file_ = FileDescriptor(
-          openat(place.directory, place.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+          openat(place.directory, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+      if (file_) temporaryName_ = name;
     }
     if (!file_) throw CocoaError(CocoaError::Code::fileNoSuchFile, place.path, CocoaError::writing(errno, {}).cause());
   }
+  ~NewFile() {
+    if (!temporaryName_.empty()) unlinkat(place_.directory, temporaryName_.c_str(), 0);
+  }
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
 
   int get() const { return file_.get(); }
 
-  /// Gives the file its name, if it has none; false with the reason in `errno` when that fails.
+  /// Gives the file its name; false with the reason in `errno` when that fails.
   bool publish() {
-    if (!isNameless_) return true;
     const char* name = place_.name.c_str();
+    if (!temporaryName_.empty()) return rename(name);
     if (linkat(get(), "", place_.directory, name, AT_EMPTY_PATH) == 0) return true;
     // Older systems let only privileged processes link a descriptor.
     if (errno != ENOENT) return false;
@@ -72,12 +78,27 @@ class NewFile {
   bool close() { return file_.close(); }
 
  private:
+  bool rename(const char* name) {
+    if (renameat2(place_.directory, temporaryName_.c_str(), place_.directory, name, RENAME_NOREPLACE) != 0)
+      return false;
+    temporaryName_.clear();
+    return true;
+  }
+
   const ItemPlace& place_;
   FileDescriptor file_;
-  bool isNameless_ = false;
+  std::string temporaryName_;
 };
 
 }  // namespace
+
+struct stat statusOf(const platform::URL& item) {
+  const std::string path = item.path();
+  struct stat status {};
+  const bool isPath = item.isFileURL() && path.find('\0') == std::string::npos;
+  if (!isPath || lstat(path.c_str(), &status) != 0) throw CocoaError::reading(ENOENT, path);
+  return status;
+}
 
 void requireNothing(const ItemPlace& place) {
   struct stat status {};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -12,6 +14,9 @@
 
 namespace veltrik {
 
+/// What the system says of an item, not following a link. Throws `CocoaError` when there is none.
+struct stat statusOf(const platform::URL& item);
+
 /// A name in an open directory, where an item is or is to be made. Nothing here follows a link that stands at the name.
 /// What fails throws `CocoaError` with `path`.
 struct ItemPlace {
@@ -23,8 +28,8 @@ struct ItemPlace {
 /// Throws `fileWriteFileExists` when something has the name already, be it a link that leads nowhere.
 void requireNothing(const ItemPlace& place);
 
-/// Makes a file of what `write` puts into the descriptor. The file gets its name when it is complete, where the file
-/// system can do so; when `write` or anything else fails, with what there is of it.
+/// Makes a file of what `write` puts into the descriptor. The file gets its name when it is complete; when `write` or
+/// anything else fails, with what there is of it.
 void makeFile(const ItemPlace& place, const platform::FileAttributes& attributes,
               const std::function<void(int file)>& write);
 /// An existing directory is fine, a link to one is not. Others get no rights beyond `permissions`.

@@ -24,16 +24,6 @@ using platform::FileManager;
 using platform::Progress;
 using platform::URL;
 
-struct stat statusOf(const URL& item) {
-  const std::string path = item.path();
-  struct stat status {};
-  const bool isPath = item.isFileURL() && path.find('\0') == std::string::npos;
-  if (!isPath || lstat(path.c_str(), &status) != 0) {
-    throw CocoaError::reading(ENOENT, path);
-  }
-  return status;
-}
-
 /// Whether a path is standardised as it is and so leads to where it says. Nearly all do, and need no URL to tell.
 bool isPlain(std::string_view path) {
   if (path.empty() || path.find('\0') != std::string_view::npos) return false;
@@ -66,6 +56,20 @@ void finish(Progress* progress) {
   if (progress == nullptr) return;
   if (progress->totalUnitCount() == 0) progress->setTotalUnitCount(1);
   progress->setCompletedUnitCount(progress->totalUnitCount());
+}
+
+/// The units of each item to add, of which the progress gets the sum; zeros when nobody watches. Asked once an item,
+/// since the question costs more than packing a small file does.
+template <class ItemAt>
+std::vector<std::int64_t> beginProgress(Progress* progress, const Archive& archive, std::size_t count,
+                                        const ItemAt& itemAt) {
+  std::vector<std::int64_t> units(count);
+  if (progress == nullptr) return units;
+  for (std::size_t at = 0; at < count; ++at) {
+    units[at] = std::max<std::int64_t>(archive.totalUnitCountForAddingItem(itemAt(at)), 0);
+  }
+  progress->setTotalUnitCount(std::accumulate(units.begin(), units.end(), std::int64_t{0}));
+  return units;
 }
 
 /// A whole archive on its way into a directory.
@@ -180,12 +184,9 @@ class Packing {
     const std::string prefix = !isDirectory ? "" : keepsName ? source_.lastPathComponent() + "/" : "";
     const std::vector<std::string> paths =
         isDirectory ? FileManager().subpathsOfDirectory(source_.path()) : std::vector{source_.lastPathComponent()};
-    // Asked once an item, since the question costs more than packing a small file does.
-    const std::vector<std::int64_t> units = options_.progress != nullptr ? unitCounts(archive, base, prefix, paths)
-                                                                         : std::vector<std::int64_t>(paths.size());
-    if (options_.progress != nullptr) {
-      options_.progress->setTotalUnitCount(std::accumulate(units.begin(), units.end(), std::int64_t{0}));
-    }
+    const std::vector<std::int64_t> units =
+        beginProgress(options_.progress, archive, paths.size(),
+                      [&](std::size_t at) { return base.appendingPathComponent(prefix + paths[at]); });
     DirectoryTree tree(base);
     ArchiveBatch batch(archive);
     try {
@@ -199,16 +200,6 @@ class Packing {
   }
 
  private:
-  static std::vector<std::int64_t> unitCounts(const Archive& archive, const URL& base, const std::string& prefix,
-                                              const std::vector<std::string>& paths) {
-    std::vector<std::int64_t> counts;
-    for (const std::string& path : paths) {
-      const URL item = base.appendingPathComponent(prefix + path);
-      counts.push_back(std::max<std::int64_t>(archive.totalUnitCountForAddingItem(item), 0));
-    }
-    return counts;
-  }
-
   void add(ArchiveBatch& batch, DirectoryTree& tree, const Archive& archive, const URL& base, const std::string& path,
            std::int64_t units) const {
     withContext(path, archive.url(), [&] {
@@ -239,20 +230,15 @@ void zipItem(const URL& source, const URL& destination, const ZipOptions& option
 }
 
 void addItems(Archive& archive, std::span<const ItemToAdd> items, const AddOptions& options) {
-  if (options.progress != nullptr) {
-    std::int64_t total = 0;
-    for (const auto& [path, base] : items) {
-      total += std::max<std::int64_t>(archive.totalUnitCountForAddingItem(base.appendingPathComponent(path)), 0);
-    }
-    options.progress->setTotalUnitCount(total);
-  }
+  const std::vector<std::int64_t> units = beginProgress(options.progress, archive, items.size(), [&](std::size_t at) {
+    return items[at].base.appendingPathComponent(items[at].path);
+  });
   ArchiveBatch batch(archive);
-  for (const auto& [path, base] : items) {
+  for (std::size_t at = 0; at < items.size(); ++at) {
+    const auto& [path, base] = items[at];
     withContext(path, archive.url(), [&, &path = path, &base = base] {
       const URL item = base.appendingPathComponent(path);
-      const auto child = options.progress != nullptr
-                             ? makeChild(options.progress, archive.totalUnitCountForAddingItem(item))
-                             : nullptr;
+      const auto child = makeChild(options.progress, units[at]);
       batch.addItem(
           path, {AT_FDCWD, item.path(), item.path()},
           {.compressionMethod = options.compressionMethod, .bufferSize = options.bufferSize, .progress = child.get()});

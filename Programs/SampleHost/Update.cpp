@@ -76,7 +76,7 @@ void installUpdate(Host& host, const std::string& archive) {
     platform::DispatchQueue::main().async([&host] { host.appKit().terminate(); });
   });
   platform::DispatchQueue::main().async(
-      [&host, archive] { host.appKit().restartWithDownloadedUpdateFilePath(archive); });
+      [&host, path = std::filesystem::absolute(archive)] { host.appKit().restartWithDownloadedUpdateFilePath(path); });
 }
 
 }  // namespace samplehost
