@@ -51,79 +51,68 @@ class LayoutTest : public AppKitTest {
 };
 
 TEST_F(LayoutTest, solvesByPropagation) {
+  using enum LayoutAttribute;
+  enum Item { kA, kB, kContainer, kNone };
+  struct Pin {
+    Item first;
+    LayoutAttribute firstAttribute;
+    Item second;
+    LayoutAttribute secondAttribute;
+    double constant = 0, multiplier = 1;
+  };
   struct Row {
     const char* name;
-    std::function<void(LayoutTest&)> constrain;
+    std::vector<Pin> pins;
     Rect a;
     std::size_t contradictions = 0;
   };
   const Row rows[] = {
       {"edges of the container",
-       [](LayoutTest& t) {
-         t.pin(t.a, Attribute::left, t.container, Attribute::left, 10);
-         t.pin(t.a, Attribute::right, t.container, Attribute::right, -20);
-         t.pin(t.a, Attribute::top, t.container, Attribute::top, 5);
-         t.pin(t.a, Attribute::height, nullptr, Attribute::none, 50);
-       },
+       {{kA, left, kContainer, left, 10},
+        {kA, right, kContainer, right, -20},
+        {kA, top, kContainer, top, 5},
+        {kA, height, kNone, none, 50}},
        {10, 5, 370, 50}},
       {"the container's edges first, as an input is placed over a window",
-       [](LayoutTest& t) {
-         t.pin(t.a, Attribute::height, nullptr, Attribute::none, 40);
-         t.pin(t.container, Attribute::bottom, t.a, Attribute::bottom, 30);
-         t.pin(t.container, Attribute::trailing, t.a, Attribute::trailing, 25);
-         t.pin(t.container, Attribute::leading, t.a, Attribute::leading, -15);
-       },
+       {{kA, height, kNone, none, 40},
+        {kContainer, bottom, kA, bottom, 30},
+        {kContainer, trailing, kA, trailing, 25},
+        {kContainer, leading, kA, leading, -15}},
        {15, 230, 360, 40}},
       {"centred with its own size",
-       [](LayoutTest& t) {
-         t.pin(t.a, Attribute::centerX, t.container, Attribute::centerX);
-         t.pin(t.a, Attribute::centerY, t.container, Attribute::centerY);
-       },
+       {{kA, centerX, kContainer, centerX}, {kA, centerY, kContainer, centerY}},
        {180, 140, 40, 20}},
       {"half as wide as the container",
-       [](LayoutTest& t) {
-         t.pin(t.a, Attribute::width, t.container, Attribute::width, -10, 0.5);
-         t.pin(t.a, Attribute::left, t.container, Attribute::left);
-         t.pin(t.a, Attribute::bottom, t.container, Attribute::bottom);
-       },
+       {{kA, width, kContainer, width, -10, 0.5}, {kA, left, kContainer, left}, {kA, bottom, kContainer, bottom}},
        {0, 280, 190, 20}},
       {"beside a sibling that is placed later in the list",
-       [](LayoutTest& t) {
-         t.pin(t.a, Attribute::left, t.b, Attribute::right, 8);
-         t.pin(t.a, Attribute::top, t.b, Attribute::top);
-         t.pin(t.b, Attribute::left, t.container, Attribute::left, 100);
-         t.pin(t.b, Attribute::width, nullptr, Attribute::none, 60);
-         t.pin(t.b, Attribute::top, t.container, Attribute::top, 33);
-       },
+       {{kA, left, kB, right, 8},
+        {kA, top, kB, top},
+        {kB, left, kContainer, left, 100},
+        {kB, width, kNone, none, 60},
+        {kB, top, kContainer, top, 33}},
        {168, 33, 40, 20}},
       {"between centre and edge",
-       [](LayoutTest& t) {
-         t.pin(t.a, Attribute::centerX, t.container, Attribute::centerX);
-         t.pin(t.a, Attribute::left, t.container, Attribute::left, 120);
-         t.pin(t.a, Attribute::top, t.container, Attribute::top);
-       },
+       {{kA, centerX, kContainer, centerX}, {kA, left, kContainer, left, 120}, {kA, top, kContainer, top}},
        {120, 0, 160, 20}},
       {"the earlier of two that contradict wins",
-       [](LayoutTest& t) {
-         t.pin(t.a, Attribute::width, nullptr, Attribute::none, 70);
-         t.pin(t.a, Attribute::left, t.container, Attribute::left, 1);
-         t.pin(t.a, Attribute::left, t.container, Attribute::left, 2);
-         t.pin(t.a, Attribute::top, t.container, Attribute::top);
-       },
+       {{kA, width, kNone, none, 70},
+        {kA, left, kContainer, left, 1},
+        {kA, left, kContainer, left, 2},
+        {kA, top, kContainer, top}},
        {1, 0, 70, 20},
        1},
       {"a width below zero is none",
-       [](LayoutTest& t) {
-         t.pin(t.a, Attribute::left, t.container, Attribute::left, 300);
-         t.pin(t.a, Attribute::right, t.container, Attribute::left, 200);
-         t.pin(t.a, Attribute::top, t.container, Attribute::top);
-       },
+       {{kA, left, kContainer, left, 300}, {kA, right, kContainer, left, 200}, {kA, top, kContainer, top}},
        {300, 0, 0, 20}},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     startAnew();
-    row.constrain(*this);
+    const std::shared_ptr<NSView> items[] = {a, b, container, nullptr};
+    for (const Pin& each : row.pins)
+      pin(items[each.first], each.firstAttribute, items[each.second], each.secondAttribute, each.constant,
+          each.multiplier);
     container->layoutSubtreeIfNeeded();
     EXPECT_EQ(fromTopLeft(*a), row.a);
     EXPECT_EQ(logged.size(), row.contradictions);

@@ -28,36 +28,32 @@ class MenuModelTest : public AppKitTest {
   std::vector<std::string> performed;
 };
 
-struct EnabledRow {
-  const char* name;
-  bool autoenables, hasTarget, hasSubmenu, setEnabled, enabled, acts;
-};
-
-class MenuEnabledTest : public MenuModelTest, public testing::WithParamInterface<EnabledRow> {};
-
-TEST_P(MenuEnabledTest, WhatTheUserCanChoose) {
-  const EnabledRow& row = GetParam();
-  NSMenu menu("menu");
-  menu.setAutoenablesItems(row.autoenables);
-  const auto item = addItem(menu, "item");
-  if (row.hasSubmenu) item->setSubmenu(std::make_shared<NSMenu>("below"));
-  item->setEnabled(row.setEnabled);
-  if (!row.hasTarget) target.reset();
-  EXPECT_EQ(item->isEnabled(), row.enabled);
-  EXPECT_EQ(item->perform(), row.acts);
-  EXPECT_EQ(performed.size(), row.acts ? 1u : 0u);
+TEST_F(MenuModelTest, WhatTheUserCanChoose) {
+  struct Row {
+    const char* name;
+    bool autoenables, hasTarget, hasSubmenu, setEnabled, enabled, acts;
+  };
+  for (const Row& row : {Row{"by its target", true, true, false, false, true, true},
+                         Row{"target gone", true, false, false, true, false, false},
+                         Row{"a submenu needs no target", true, false, true, true, true, false},
+                         Row{"submenu switched off", true, true, true, false, false, false},
+                         Row{"said to be", false, true, false, true, true, true},
+                         Row{"said not to be", false, true, false, false, false, false},
+                         Row{"without a target it does nothing", false, false, false, true, true, false}}) {
+    SCOPED_TRACE(row.name);
+    target = std::make_shared<int>(0);
+    performed.clear();
+    NSMenu menu("menu");
+    menu.setAutoenablesItems(row.autoenables);
+    const auto item = addItem(menu, "item");
+    if (row.hasSubmenu) item->setSubmenu(std::make_shared<NSMenu>("below"));
+    item->setEnabled(row.setEnabled);
+    if (!row.hasTarget) target.reset();
+    EXPECT_EQ(item->isEnabled(), row.enabled);
+    EXPECT_EQ(item->perform(), row.acts);
+    EXPECT_EQ(performed.size(), row.acts ? 1u : 0u);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, MenuEnabledTest,
-                         testing::Values(EnabledRow{"ByItsTarget", true, true, false, false, true, true},
-                                         EnabledRow{"TargetGone", true, false, false, true, false, false},
-                                         EnabledRow{"SubmenuNeedsNoTarget", true, false, true, true, true, false},
-                                         EnabledRow{"SubmenuSwitchedOff", true, true, true, false, false, false},
-                                         EnabledRow{"SaidToBe", false, true, false, true, true, true},
-                                         EnabledRow{"SaidNotToBe", false, true, false, false, false, false},
-                                         EnabledRow{"WithoutTargetDoesNothing", false, false, false, true, true,
-                                                    false}),
-                         [](const auto& row) { return row.param.name; });
 
 TEST_F(MenuModelTest, ASeparatorIsNeverChosen) {
   NSMenu menu("menu");

@@ -14,34 +14,28 @@ using headless::Button;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct PlaceRow {
-  const char* name;
-  Point wanted;
-  Size size;
-  Point topLeft;
-};
-
-class MenuPlaceTest : public AppKitTest, public testing::WithParamInterface<PlaceRow> {};
-
-TEST_P(MenuPlaceTest, StaysInTheWorkAreaOfThePointersScreen) {
+TEST_F(AppKitTest, AMenuStaysInTheWorkAreaOfThePointersScreen) {
   // The second screen stands right of the first and lower, with a panel at its bottom.
   desktop.setScreens({{.frame = {0, 0, 1000, 800}, .visibleFrame = {0, 0, 1000, 776}, .scale = 1},
                       {.frame = {1000, -200, 600, 500}, .visibleFrame = {1000, -160, 600, 460}, .scale = 2}});
-  EXPECT_EQ(menuOrigin(GetParam().wanted, GetParam().size), GetParam().topLeft);
+  struct Row {
+    const char* name;
+    Point wanted;
+    Size size;
+    Point topLeft;
+  };
+  for (const Row& row : {Row{"where it was asked for", {300, 400}, {100, 200}, {300, 400}},
+                         Row{"left of the pointer", {950, 400}, {100, 200}, {850, 400}},
+                         Row{"above the pointer", {300, 100}, {100, 200}, {300, 300}},
+                         Row{"in the corner", {990, 10}, {100, 200}, {890, 210}},
+                         Row{"on the other screen", {1005, 200}, {100, 200}, {1005, 200}},
+                         Row{"not across the edge", {995, 400}, {100, 100}, {895, 400}},
+                         Row{"above the lower panel", {1100, -150}, {100, 50}, {1100, -100}},
+                         Row{"below the upper panel", {300, 790}, {100, 200}, {300, 776}},
+                         Row{"taller than the screen", {300, 400}, {100, 2000}, {300, 776}},
+                         Row{"wider than the screen", {300, 400}, {3000, 100}, {0, 400}}})
+    EXPECT_EQ(menuOrigin(row.wanted, row.size), row.topLeft) << row.name;
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, MenuPlaceTest,
-                         testing::Values(PlaceRow{"WhereItWasAskedFor", {300, 400}, {100, 200}, {300, 400}},
-                                         PlaceRow{"LeftOfThePointer", {950, 400}, {100, 200}, {850, 400}},
-                                         PlaceRow{"AboveThePointer", {300, 100}, {100, 200}, {300, 300}},
-                                         PlaceRow{"InTheCorner", {990, 10}, {100, 200}, {890, 210}},
-                                         PlaceRow{"OnTheOtherScreen", {1005, 200}, {100, 200}, {1005, 200}},
-                                         PlaceRow{"NotAcrossTheEdge", {995, 400}, {100, 100}, {895, 400}},
-                                         PlaceRow{"AboveTheLowerPanel", {1100, -150}, {100, 50}, {1100, -100}},
-                                         PlaceRow{"BelowTheUpperPanel", {300, 790}, {100, 200}, {300, 776}},
-                                         PlaceRow{"TallerThanTheScreen", {300, 400}, {100, 2000}, {300, 776}},
-                                         PlaceRow{"WiderThanTheScreen", {300, 400}, {3000, 100}, {0, 400}}),
-                         [](const auto& row) { return row.param.name; });
 
 class CloseLog final : public NSMenuDelegate {
  public:
@@ -81,18 +75,13 @@ class MenuPopUpTest : public AppKitTest {
   std::shared_ptr<CloseLog> closeLog = std::make_shared<CloseLog>(lines);
 };
 
-TEST_F(MenuPopUpTest, TheChosenItemActsAfterTheMenuHasClosed) {
-  const auto menu = makeMenu("menu", {"one", "two"});
-  EXPECT_TRUE(popUp(*menu, [&] { user().then([&] { EXPECT_TRUE(desktop.menus()->choose("two")); }); }));
-  EXPECT_THAT(lines, ElementsAre("closed menu", "act two"));
-}
-
 TEST_F(MenuPopUpTest, ItCanBeLeftWithoutAChoice) {
   const auto menu = makeMenu("menu", {"one"});
   EXPECT_FALSE(popUp(*menu, [&] { user().key(KeyCode::kEscape); }));
   EXPECT_FALSE(popUp(*menu, [&] { user().press(Point{10, 10}); }));
   user().release();
-  EXPECT_THAT(lines, ElementsAre("closed menu", "closed menu"));
+  EXPECT_FALSE(popUp(*menu, [&] { user().then([&] { application().stop(); }); }));
+  EXPECT_THAT(lines, ElementsAre("closed menu", "closed menu", "closed menu"));
 }
 
 TEST_F(MenuPopUpTest, TheKeyboardStepsOverWhatCannotBeChosen) {
@@ -194,11 +183,6 @@ TEST_F(MenuPopUpTest, AnotherMenuTakesItsPlace) {
     user().then([&] { EXPECT_TRUE(desktop.menus()->choose("two")); });
   }));
   EXPECT_THAT(lines, ElementsAre("closed second", "act two", "second returned", "closed first"));
-}
-
-TEST_F(MenuPopUpTest, TheEndOfTheApplicationClosesIt) {
-  const auto menu = makeMenu("menu", {"one"});
-  EXPECT_FALSE(popUp(*menu, [&] { user().then([&] { application().stop(); }); }));
 }
 
 TEST_F(MenuPopUpTest, WhatCannotBeShownClosesAtOnce) {

@@ -16,37 +16,29 @@ std::vector<std::string> pathsOf(const std::vector<URL>& urls) {
   return paths;
 }
 
-struct ListRow {
-  const char* name;
-  std::string list;
-  std::vector<std::string> paths;
-};
-
-class URLListTest : public testing::TestWithParam<ListRow> {};
-
-TEST_P(URLListTest, HoldsTheLocationsOfItsLines) {
-  EXPECT_EQ(pathsOf(urlsFromList(GetParam().list)), GetParam().paths);
+TEST(URLList, HoldsTheLocationsOfItsLines) {
+  struct ListRow {
+    const char* name;
+    std::string list;
+    std::vector<std::string> paths;
+  };
+  for (const ListRow& row :
+       {ListRow{"One", "file:///home/a.txt\r\n", {"/home/a.txt"}},
+        ListRow{"LastLineWithoutEnd", "file:///a\nfile:///b", {"/a", "/b"}},
+        ListRow{"Comments", "# from a program\r\nfile:///a\r\n#file:///b\r\n", {"/a"}},
+        ListRow{"TerminatingZero", std::string("file:///a\r\n\0", 12), {"/a"}},
+        ListRow{"FileManagersFirstLine", "copy\nfile:///a\nfile:///b", {"/a", "/b"}},
+        ListRow{"Cut", "cut\nfile:///a", {"/a"}},
+        ListRow{"Encoded", "file:///a%20b%23%25%ea%b0%80%27%22.txt", {"/a b#%가'\".txt"}},
+        ListRow{"EncodedInUpperCase", "file:///%EA%B0%80", {"/가"}},
+        ListRow{"NothingEncoded", "file:///a b#1?%가'\".txt", {"/a b#1?%가'\".txt"}},
+        ListRow{"StrayPercent", "file:///100%/5%2", {"/100%/5%2"}}, ListRow{"NamedHost", "file://localhost/a", {"/a"}},
+        ListRow{"WithoutAuthority", "file:/a", {"/a"}}, ListRow{"Directory", "file:///a/b/", {"/a/b"}},
+        ListRow{"Web", "https://example.com/x?y=1#z\r\n", {"https://example.com/x?y=1#z"}},
+        ListRow{"NotUTF8", "file:///%ff%fe", {"/\xff\xfe"}}, ListRow{"NoPath", "file:\nfile://\nfile:a", {}},
+        ListRow{"NoLocations", "a line\n\n /home/a\n", {}}, ListRow{"Nothing", "", {}}})
+    EXPECT_EQ(pathsOf(urlsFromList(row.list)), row.paths) << row.name;
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, URLListTest,
-    testing::Values(ListRow{"One", "file:///home/a.txt\r\n", {"/home/a.txt"}},
-                    ListRow{"LastLineWithoutEnd", "file:///a\nfile:///b", {"/a", "/b"}},
-                    ListRow{"Comments", "# from a program\r\nfile:///a\r\n#file:///b\r\n", {"/a"}},
-                    ListRow{"TerminatingZero", std::string("file:///a\r\n\0", 12), {"/a"}},
-                    ListRow{"FileManagersFirstLine", "copy\nfile:///a\nfile:///b", {"/a", "/b"}},
-                    ListRow{"Cut", "cut\nfile:///a", {"/a"}},
-                    ListRow{"Encoded", "file:///a%20b%23%25%ea%b0%80%27%22.txt", {"/a b#%가'\".txt"}},
-                    ListRow{"EncodedInUpperCase", "file:///%EA%B0%80", {"/가"}},
-                    ListRow{"NothingEncoded", "file:///a b#1?%가'\".txt", {"/a b#1?%가'\".txt"}},
-                    ListRow{"StrayPercent", "file:///100%/5%2", {"/100%/5%2"}},
-                    ListRow{"NamedHost", "file://localhost/a", {"/a"}}, ListRow{"WithoutAuthority", "file:/a", {"/a"}},
-                    ListRow{"Directory", "file:///a/b/", {"/a/b"}},
-                    ListRow{"Web", "https://example.com/x?y=1#z\r\n", {"https://example.com/x?y=1#z"}},
-                    ListRow{"NotUTF8", "file:///%ff%fe", {"/\xff\xfe"}},
-                    ListRow{"NoPath", "file:\nfile://\nfile:a", {}}, ListRow{"NoLocations", "a line\n\n /home/a\n", {}},
-                    ListRow{"Nothing", "", {}}),
-    [](const auto& row) { return row.param.name; });
 
 class PasteboardTest : public AppKitTest {
  protected:
@@ -80,13 +72,12 @@ TEST_F(PasteboardTest, APictureThatCannotBeReadGivesWayToTheNext) {
   EXPECT_THAT(image->representations().at(0).pixels, ElementsAre(0xFF336699));
 }
 
-struct OfferRow {
-  const char* name;
-  std::map<std::string, std::string> contents;
-  bool isURL;
-};
-
 TEST_F(PasteboardTest, WhatCountsAsALocation) {
+  struct OfferRow {
+    const char* name;
+    std::map<std::string, std::string> contents;
+    bool isURL;
+  };
   for (const OfferRow& row : {OfferRow{"a list", {{"text/uri-list", ""}}, true},
                               OfferRow{"a file manager's", {{"x-special/gnome-copied-files", ""}}, true},
                               OfferRow{"a picture", {{"image/png", ""}}, true},

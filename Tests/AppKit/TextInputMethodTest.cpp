@@ -7,33 +7,6 @@ using namespace ModifierFlag;
 
 class TextInputMethod : public TextWindowFixture {};
 
-TEST_F(TextInputMethod, ComposesInPlaceAndCommits) {
-  fill(u"ab", {1, 0});
-  for (const std::u16string syllable : {u"ㅎ", u"하", u"한"}) {
-    inputMethod().compose(syllable);
-    EXPECT_EQ(text(), u"a" + syllable + u"b");
-    EXPECT_EQ(view->markedRange(), (NSRange{1, 1}));
-  }
-  inputMethod().commit(u"한");
-  inputMethod().compose(u"ㄱ");
-  EXPECT_EQ(text(), u"a한ㄱb");
-  inputMethod().compose(u"");
-  EXPECT_EQ(text(), u"a한b");
-  EXPECT_FALSE(view->hasMarkedText());
-  inputMethod().commit(u"글");
-  EXPECT_EQ(text(), u"a한글b");
-  EXPECT_EQ(caret(), 3U);
-}
-
-TEST_F(TextInputMethod, ReplacesTheSelectionAndAnEmptyPreeditAloneDoesNot) {
-  fill(u"abcd", {1, 2});
-  inputMethod().compose(u"");
-  EXPECT_EQ(text(), u"abcd");
-  inputMethod().compose(u"한글", 1);
-  EXPECT_EQ(text(), u"a한글d");
-  EXPECT_EQ(view->selectedRange(), (NSRange{2, 0}));
-}
-
 /// Keeps the underlined text that is painted.
 class UnderlineCanvas final : public port::Canvas {
  public:
@@ -216,15 +189,6 @@ TEST_F(TextInputMethod, UndoInACompositionTakesAllOfItBackBeforeItCanBeCommitted
   EXPECT_EQ(inputMethod().preedit(), u"");
   EXPECT_EQ(offered, 0);
   EXPECT_FALSE(view->undoManager().canUndo());
-}
-
-TEST_F(TextInputMethod, UndoInACompositionWhoseStepsWereDroppedLeavesNothingOfIt) {
-  fill(u"ab", {1, 0});
-  inputMethod().compose(u"ㅎ");
-  view->removeUndoSteps();
-  inputMethod().compose(u"하");
-  desktop.user().key(KeyCode::kZ, "z", kControl);
-  EXPECT_EQ(text(), u"ab");
 }
 
 class Refusing : public NSTextView {

@@ -3,8 +3,6 @@
 namespace platform {
 namespace {
 
-using testing::ElementsAre;
-
 /// Windows A to F; each row gives orders and the expected sequence, front-most first. The machine's own stack must
 /// agree.
 class WindowOrderTest : public AppKitTest {
@@ -138,16 +136,6 @@ TEST_F(WindowOrderTest, aFamilyIsMinimisedAsOneWhereverTheMachineBegins) {
     desktop.settle();
     EXPECT_EQ(order(), "BA");
   }
-}
-
-TEST_F(WindowOrderTest, windowsAreFoundByNumberUntilTheyClose) {
-  const auto number = window('C').windowNumber();
-  EXPECT_EQ(application().windowWithNumber(number), shared('C'));
-  EXPECT_THAT(application().windows(),
-              ElementsAre(shared('A'), shared('B'), shared('C'), shared('D'), shared('E'), shared('F')));
-  window('C').close();
-  EXPECT_EQ(application().windowWithNumber(number), nullptr);
-  EXPECT_THAT(application().windows(), ElementsAre(shared('A'), shared('B'), shared('D'), shared('E'), shared('F')));
 }
 
 }  // namespace

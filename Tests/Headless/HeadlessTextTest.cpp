@@ -62,17 +62,5 @@ TEST(HeadlessText, CaretsStandBetweenCharacters) {
   for (const auto& row : rows) EXPECT_EQ(text->offsetAt(0, row.x), row.offset) << row.x;
 }
 
-TEST(HeadlessText, TheLargestFontOfALineMakesItsHeight) {
-  const TextRun runs[] = {{.start = 0, .length = 2, .font = {.size = 10}, .color = {}, .underlined = false},
-                          {.start = 2, .length = 3, .font = {.size = 20}, .color = {}, .underlined = false}};
-  const auto text = HeadlessText().layout(u"a\nbc\n", runs, {});
-  ASSERT_EQ(text->lines().size(), 3u);
-  EXPECT_EQ(text->lines()[0].height, 12.5);
-  EXPECT_EQ(text->lines()[1].top, 12.5);
-  EXPECT_EQ(text->lines()[1].baseline, 20);
-  EXPECT_EQ(text->lines()[2].height, 25);
-  EXPECT_EQ(text->size(), (platform::Size{20, 62.5}));
-}
-
 }  // namespace
 }  // namespace headless
