@@ -1,4 +1,3 @@
-#include "Platform/AppKit/NSWindowController.h"
 #include "Platform/Foundation/ProcessInfo.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 
@@ -7,7 +6,6 @@ namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
-using testing::Not;
 
 class BindingTest : public PluginTest {};
 
@@ -23,52 +21,40 @@ TEST_F(BindingTest, TheTitleThatIsAPendingIdentifierBindsTheWindowAndIsNotShown)
   EXPECT_THAT(log, Contains("[🍀VERBOSE] VeltrikAppKitWindowHelper.init(main)"));
 }
 
-TEST_F(BindingTest, AnyOtherTitleIsShownAndBindsNothing) {
-  int calls = 0;
-  appKit->bindNSWindowWithUIWindowID("main", [&](const auto&) { ++calls; });
-  const auto window = makeNativeWindow();
-  window->setTitle("Main");
-  EXPECT_EQ(window->title(), "Main");
-  EXPECT_FALSE(window->attached().get(kIsHelperBound));
-  EXPECT_EQ(window->attached().get(kHostWindowID), "");
-  EXPECT_EQ(calls, 0);
-}
-
 TEST_F(BindingTest, OfTwoBindingsOfOneIdentifierOnlyTheSecondIsCalledAndOnlyOnce) {
   std::vector<int> called;
   appKit->bindNSWindowWithUIWindowID("main", [&](const auto&) { called.push_back(1); });
   appKit->bindNSWindowWithUIWindowID("main", [&](const auto&) { called.push_back(2); });
-  const auto first = makeNativeWindow();
-  const auto second = makeNativeWindow();
+  const auto first = makeNativeWindow(), second = makeNativeWindow();
+  second->setTitle("Main");
+  EXPECT_EQ(second->title(), "Main") << "any other title is shown and binds nothing";
+  EXPECT_FALSE(second->attached().get(kIsHelperBound));
+  EXPECT_EQ(second->attached().get(kHostWindowID), "");
   first->setTitle("main");
   second->setTitle("main");
   EXPECT_THAT(called, ElementsAre(2));
   EXPECT_EQ(second->title(), "main");
 }
 
-TEST_F(BindingTest, ABlockThatSetsTheTitleAgainIsNotCalledAgain) {
-  int calls = 0;
-  const auto window = makeNativeWindow();
-  appKit->bindNSWindowWithUIWindowID("main", [&](const auto&) {
-    ++calls;
+TEST_F(BindingTest, ABlockThatSetsTheTitleAgainOrThrowsIsNotCalledAgain) {
+  for (const bool throws : {false, true}) {
+    SCOPED_TRACE(throws);
+    int calls = 0;
+    const auto window = makeNativeWindow();
+    appKit->bindNSWindowWithUIWindowID("main", [&](const auto&) {
+      ++calls;
+      if (throws) throw std::runtime_error("host");
+      window->setTitle("main");
+    });
+    try {
+      window->setTitle("main");
+    } catch (const std::runtime_error&) {
+    }
+    EXPECT_EQ(window->title(), "");
     window->setTitle("main");
-  });
-  window->setTitle("main");
-  EXPECT_EQ(calls, 1);
-  EXPECT_EQ(window->title(), "");
-}
-
-TEST_F(BindingTest, ABlockThatThrowsIsNotCalledAgain) {
-  int calls = 0;
-  const auto window = makeNativeWindow();
-  appKit->bindNSWindowWithUIWindowID("main", [&](const auto&) {
-    ++calls;
-    throw std::runtime_error("host");
-  });
-  EXPECT_THROW(window->setTitle("main"), std::runtime_error);
-  window->setTitle("main");
-  EXPECT_EQ(calls, 1);
-  EXPECT_EQ(window->title(), "main");
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(window->title(), "main");
+  }
 }
 
 TEST_F(BindingTest, AHelperThatTheHostDoesNotKeepIsGone) {
@@ -80,48 +66,32 @@ TEST_F(BindingTest, AHelperThatTheHostDoesNotKeepIsGone) {
   EXPECT_TRUE(window->isVisible());
 }
 
-struct InitialStateRow {
-  const char* name;
-  std::function<void(TestHostWindow&)> given;
-  Rect frame;
-  std::optional<double> inset;
-  bool isPopover;
-};
-
-class InitialStateTest : public BindingTest, public testing::WithParamInterface<InitialStateRow> {};
-
 // A window made with the content rectangle (100, 100, 800, 600) has the frame (100, 100, 800, 629).
-TEST_P(InitialStateTest, FollowsTheDelegate) {
-  const auto hostWindow = std::make_shared<TestHostWindow>("main");
-  GetParam().given(*hostWindow);
-  const auto bound = bind(hostWindow);
-  EXPECT_EQ(bound.native->frame(), GetParam().frame);
-  EXPECT_EQ(bound.native->attached().get(kContentTopInset), GetParam().inset);
-  EXPECT_EQ(bound.helper()->isPopoverWindow(), GetParam().isPopover);
+TEST_F(BindingTest, TheInitialStateFollowsTheDelegate) {
+  struct Row {
+    const char* name;
+    Size size;
+    bool hasTitleColor, isPopover;
+    Rect frame;
+    std::optional<double> inset;
+  };
+  const Rect unchanged{100, 100, 800, 629};
+  for (const Row& row :
+       {Row{"nothing", {}, false, false, unchanged, std::nullopt},
+        Row{"size", {640, 480}, false, false, {100, 100, 640, 480}, std::nullopt},
+        Row{"zero width", {0, 300}, false, false, {100, 100, 0, 300}, std::nullopt},
+        Row{"title colour", {}, true, false, unchanged, 29}, Row{"popover", {}, false, true, unchanged, 29}}) {
+    SCOPED_TRACE(row.name);
+    const auto hostWindow = std::make_shared<TestHostWindow>("main");
+    hostWindow->initialSize = row.size;
+    if (row.hasTitleColor) hostWindow->titleColor = platform::Color{};
+    if (row.isPopover) hostWindow->popover.emplace();
+    const auto bound = bind(hostWindow);
+    EXPECT_EQ(bound.native->frame(), row.frame);
+    EXPECT_EQ(bound.native->attached().get(kContentTopInset), row.inset);
+    EXPECT_EQ(bound.helper()->isPopoverWindow(), row.isPopover);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, InitialStateTest,
-    testing::Values(
-        InitialStateRow{"Nothing", [](auto&) {}, {100, 100, 800, 629}, std::nullopt, false},
-        InitialStateRow{"Size",
-                        [](auto& w) {
-                          w.initialSize = {640, 480};
-                        },
-                        {100, 100, 640, 480},
-                        std::nullopt,
-                        false},
-        InitialStateRow{"ZeroWidth",
-                        [](auto& w) {
-                          w.initialSize = {0, 300};
-                        },
-                        {100, 100, 0, 300},
-                        std::nullopt,
-                        false},
-        InitialStateRow{
-            "TitleColor", [](auto& w) { w.titleColor = platform::Color{}; }, {100, 100, 800, 629}, 29, false},
-        InitialStateRow{"Popover", [](auto& w) { w.popover.emplace(); }, {100, 100, 800, 629}, 29, true}),
-    [](const auto& row) { return row.param.name; });
 
 TEST_F(BindingTest, TheMinimumSizeAndTheTitleBarBelongToTheSystemsVersion) {
   EXPECT_EQ(bind("new").native->contentMinSize(), Size());
@@ -142,6 +112,8 @@ TEST_F(BindingTest, TheFirstTimeItIsShownConfiguresTheWindow) {
   bound.native->makeKeyAndOrderFront(nullptr);
 
   EXPECT_EQ(bound.native->styleMask(), platform::StyleMask::kTitled | platform::StyleMask::kMiniaturizable);
+  using platform::WindowButton;
+  EXPECT_TRUE(bound.native->standardWindowButton(WindowButton::miniaturize)->hidden);
   EXPECT_TRUE(bound.native->titlebarAppearsTransparent());
   EXPECT_TRUE(bound.native->isTitleHidden());
   EXPECT_EQ(bound.native->backgroundColor(), hostWindow->titleColor);
@@ -149,22 +121,16 @@ TEST_F(BindingTest, TheFirstTimeItIsShownConfiguresTheWindow) {
   EXPECT_EQ(bound.native->collectionBehavior(), 0x100u);
 }
 
-TEST_F(BindingTest, OnlyTheCloseButtonIsLeftWhereTheHostWantsThat) {
+TEST_F(BindingTest, TheSecondTimeItIsShownConfiguresNothing) {
   const auto hostWindow = std::make_shared<TestHostWindow>("main");
   hostWindow->onlyCloseButton = true;
   const auto bound = bind(hostWindow);
   bound.native->makeKeyAndOrderFront(nullptr);
   using platform::WindowButton;
   EXPECT_FALSE(bound.native->standardWindowButton(WindowButton::close)->hidden);
-  EXPECT_TRUE(bound.native->standardWindowButton(WindowButton::miniaturize)->hidden);
   EXPECT_TRUE(bound.native->standardWindowButton(WindowButton::zoom)->hidden);
-}
-
-TEST_F(BindingTest, TheSecondTimeItIsShownConfiguresNothing) {
-  const auto bound = bind("main");
-  bound.native->makeKeyAndOrderFront(nullptr);
   bound.helper()->setIsWindowRestorable(true);
-  bound.host->titleColor = platform::Color{};
+  hostWindow->titleColor = platform::Color{};
   bound.native->makeKeyAndOrderFront(nullptr);
   EXPECT_TRUE(bound.helper()->isWindowRestorable());
   EXPECT_FALSE(bound.native->isTitleHidden());
@@ -179,24 +145,6 @@ TEST_F(BindingTest, AWindowToBeHiddenAtFirstIsShownByTheNextOrder) {
   EXPECT_THAT(log, Contains("[🍀VERBOSE] window ordered out: main"));
   bound.helper()->orderFrontNSWindow();
   EXPECT_TRUE(bound.native->isVisible());
-}
-
-TEST_F(BindingTest, AnAutosavedFrameComesBackAndIsTold) {
-  const Rect moved{50, 60, 700, 500};
-  const auto open = [&] {
-    const auto hostWindow = std::make_shared<TestHostWindow>("main");
-    hostWindow->autosaveName = "Chat";
-    const auto native = makeNativeWindow();
-    native->setWindowController(std::make_shared<platform::NSWindowController>(native));
-    const auto bound = bind(hostWindow, native);
-    native->makeKeyAndOrderFront(nullptr);
-    return bound;
-  };
-  const auto first = open();
-  EXPECT_THAT(first.host->calls, Contains("windowDidResizeByAutoSavedFrame"));
-  first.native->setFrame(moved, true);
-  first.helper()->closeWindow();
-  EXPECT_EQ(open().native->frame(), moved);
 }
 
 TEST_F(BindingTest, WithoutAControllerTheAutosavedFrameIsToldAllTheSame) {

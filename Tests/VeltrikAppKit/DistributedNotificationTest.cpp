@@ -9,31 +9,21 @@ using Case = MireloDistributedNotification;
 using platform::Dictionary;
 using platform::Value;
 
-struct NameRow {
-  Case notification;
-  const char* raw;
-};
-
-class NotificationNameTest : public testing::TestWithParam<NameRow> {};
-
-TEST_P(NotificationNameTest, IsThePrefixAndTheRawValue) {
-  const std::string raw = GetParam().raw;
-  EXPECT_EQ(rawValue(GetParam().notification), raw);
-  EXPECT_EQ(notificationName(GetParam().notification), "mirelo_" + raw);
-  EXPECT_EQ(mireloDistributedNotification(raw), GetParam().notification);
-  for (const std::string& other : {"mirelo_" + raw, raw + " ", raw.substr(1), std::string(1, 'X') + raw.substr(1)})
-    EXPECT_EQ(mireloDistributedNotification(other), std::nullopt) << other;
+TEST(NotificationName, IsThePrefixAndTheRawValue) {
+  for (const auto& [notification, raw] : {std::pair<Case, std::string>{Case::webViewLoading, "webViewLoading"},
+                                          {Case::webViewFeedback, "webViewFeedback"},
+                                          {Case::mireloAppBecomeActive, "mireloAppBecomeActive"},
+                                          {Case::mireloAppWillTerminate, "mireloAppWillTerminate"},
+                                          {Case::parentWindowFrame, "parentWindowFrame"},
+                                          {Case::parentWindowDidBecomeMain, "parentWindowDidBecomeMain"},
+                                          {Case::parentWindowWillClose, "parentWindowWillClose"}}) {
+    EXPECT_EQ(rawValue(notification), raw);
+    EXPECT_EQ(notificationName(notification), "mirelo_" + raw);
+    EXPECT_EQ(mireloDistributedNotification(raw), notification);
+    for (const std::string& other : {"mirelo_" + raw, raw + " ", raw.substr(1), std::string(1, 'X') + raw.substr(1)})
+      EXPECT_EQ(mireloDistributedNotification(other), std::nullopt) << other;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, NotificationNameTest,
-                         testing::Values(NameRow{Case::webViewLoading, "webViewLoading"},
-                                         NameRow{Case::webViewFeedback, "webViewFeedback"},
-                                         NameRow{Case::mireloAppBecomeActive, "mireloAppBecomeActive"},
-                                         NameRow{Case::mireloAppWillTerminate, "mireloAppWillTerminate"},
-                                         NameRow{Case::parentWindowFrame, "parentWindowFrame"},
-                                         NameRow{Case::parentWindowDidBecomeMain, "parentWindowDidBecomeMain"},
-                                         NameRow{Case::parentWindowWillClose, "parentWindowWillClose"}),
-                         [](const auto& row) { return row.param.raw; });
 
 TEST(DictionaryTextTest, IsOneLineWithSortedKeys) {
   const Dictionary dictionary = {

@@ -165,13 +165,10 @@ TEST_F(InputTest, ThePrincipalObjectsOwnDelegateIsTold) {
   desktop.user().keyDown(0, "a");
   EXPECT_EQ(host->keys.size(), 1U);
   EXPECT_EQ(later->keys.size(), 1U);
-}
-
-TEST_F(InputTest, WithoutThePrincipalObjectKeysEndAtItsMonitor) {
-  const auto window = show("main");
   appKit.reset();
-  desktop.user().key(0, "a");
-  EXPECT_EQ(window.view().keys, "");
+  window.view().keys.clear();
+  desktop.user().keyDown(0, "a");
+  EXPECT_EQ(window.view().keys, "") << "keys end at the monitor of an object that has gone";
 }
 
 TEST_F(InputTest, AfterTheEndOnlyTheIdleTimerGoesOn) {
@@ -188,37 +185,16 @@ TEST_F(InputTest, AfterTheEndOnlyTheIdleTimerGoesOn) {
 
 TEST_F(InputTest, AHostThatLetsGoOfEverythingInsideACallIsSafe) {
   const auto window = show("main");
-  appKit->setDelegate(host);
-  class LettingGo final : public VeltrikAppKitDelegateProtocol {
-   public:
-    explicit LettingGo(std::function<void()> inside) : inside_(std::move(inside)) {}
-    bool handleFunctionKey(std::int32_t, const std::vector<KeyModifier>&, std::int32_t) override {
-      inside_();
-      return true;
-    }
-    void notifyWorkspaceEnvironment(std::int32_t) override {}
-    void notifyUserInteraction(std::int32_t) override {}
-    bool applicationShouldHandleReopen() override { return true; }
-    void applicationDidBecomeActive() override {}
-    void applicationUserTerminate() override {}
-    void openMainWindow() override {}
-    void handleWebViewFeedBackWithUserInfo(const std::optional<std::string>&) override {}
-    void webViewDownloadCompletedWithResult(bool) override {}
-
-   private:
-    std::function<void()> inside_;
-  };
-  std::shared_ptr<LettingGo> careless;
-  careless = std::make_shared<LettingGo>([&] {
+  const std::weak_ptr<TestHost> watched = host;
+  host->reactions["handleFunctionKey"] = [&] {
     appKit->applicationWillTerminate();
     appKit.reset();
-    careless.reset();
+    host.reset();
     window.native->close();
-  });
-  appKit->setDelegate(careless);
+  };
   desktop.user().key(0, "a");
   EXPECT_TRUE(window.native->isClosed());
-  EXPECT_FALSE(careless);
+  EXPECT_TRUE(watched.expired());
 }
 
 TEST_F(InputTest, TheUserIsActiveWhileTheIdleTimeIsBelowASecond) {
@@ -258,16 +234,13 @@ TEST_F(InputTest, TheIdleTimeIsInSecondsToTheNanosecond) {
 }
 
 TEST_F(InputTest, ScreensThatSleepAndWakeAreToldOnceEach) {
+  appKit->notifyWillSleep({platform::kWorkspaceScreensDidWake, nullptr, {}});
+  appKit->notifyDidWake({platform::kWorkspaceScreensDidSleep, nullptr, {}});
+  EXPECT_THAT(host->calls, IsEmpty()) << "notifications of another name";
   for (const bool asleep : {true, true, false, false, true}) desktop.presence()->setScreensAsleep(asleep);
   desktop.settle();
   EXPECT_THAT(host->calls, ElementsAre("notifyWorkspaceEnvironment 0", "notifyWorkspaceEnvironment 1",
                                        "notifyWorkspaceEnvironment 0"));
-}
-
-TEST_F(InputTest, NotificationsOfAnotherNameSayNothingOfTheScreens) {
-  appKit->notifyWillSleep({platform::kWorkspaceScreensDidWake, nullptr, {}});
-  appKit->notifyDidWake({platform::kWorkspaceScreensDidSleep, nullptr, {}});
-  EXPECT_THAT(host->calls, IsEmpty());
 }
 
 TEST_F(InputTest, WithoutAHostNothingIsTold) {

@@ -8,37 +8,9 @@ namespace {
 
 using headless::BroadcastMessage;
 using platform::NSApplicationDelegate;
-using platform::TerminateReply;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-/// The host's own application delegate; its class answers the questions that a test adds to it.
-class TestApplicationDelegate final : public NSApplicationDelegate {
- public:
-  platform::runtime::Class& runtimeClass() const override { return hostClass; }
-  mutable platform::runtime::Class hostClass{"TestApplicationDelegate", nullptr};
-  std::vector<std::string> asked;
-
-  void answerReopen() {
-    hostClass.addMethod(platform::kShouldHandleReopen, [this](NSApplicationDelegate&, bool) {
-      asked.emplace_back("reopen");
-      return false;
-    });
-  }
-  void answerTerminate() {
-    hostClass.addMethod(platform::kShouldTerminate, [this](NSApplicationDelegate&) {
-      asked.emplace_back("terminate");
-      return TerminateReply::cancel;
-    });
-  }
-  void answerDockMenu() {
-    hostClass.addMethod(platform::kDockMenu, [this](NSApplicationDelegate&) {
-      asked.emplace_back("dock menu");
-      return std::make_shared<platform::NSMenu>("host");
-    });
-  }
-};
 
 class LifecycleTest : public PluginTest {
  protected:
@@ -48,9 +20,7 @@ class LifecycleTest : public PluginTest {
     desktop.settle();
   }
   void launchWithAllQuestions() {
-    applicationDelegate->answerReopen();
-    applicationDelegate->answerTerminate();
-    applicationDelegate->answerDockMenu();
+    applicationDelegate->answerAll();
     launch();
   }
   void activateAgain() {
@@ -87,6 +57,9 @@ TEST_F(LifecycleTest, OnlyTheQuestionsThatTheHostsClassAnswersAreTakenOver) {
   appKit->terminate();
   EXPECT_TRUE(host->was("applicationUserTerminate"));
   EXPECT_THAT(applicationDelegate->asked, IsEmpty());
+  NSApplication::shared().setDelegate({});
+  launch();
+  EXPECT_EQ(NSApplication::shared().dockMenu(), nullptr) << "with nothing to take over";
 }
 
 TEST_F(LifecycleTest, AnInheritedAnswerIsTakenOverForTheHostsClassAlone) {
@@ -105,12 +78,6 @@ TEST_F(LifecycleTest, AnInheritedAnswerIsTakenOverForTheHostsClassAlone) {
   const auto inherited =
       base.instanceMethod(platform::kShouldHandleReopen.selector).as<bool(NSApplicationDelegate&, bool)>();
   EXPECT_FALSE((*inherited)(*derived, true));
-}
-
-TEST_F(LifecycleTest, WithoutAnApplicationDelegateThereIsNothingToTakeOver) {
-  NSApplication::shared().setDelegate({});
-  launch();
-  EXPECT_EQ(NSApplication::shared().dockMenu(), nullptr);
 }
 
 TEST_F(LifecycleTest, ReopeningIsTheHostsToAnswerAndGrantedWithoutOne) {
@@ -168,32 +135,32 @@ TEST_F(LifecycleTest, BecomingActiveIsToldAndPostedHalfASecondLater) {
   EXPECT_THAT(log, Contains("WebView >>>> pos mirelo_mireloAppBecomeActive userInfo: [:]"));
 }
 
-TEST_F(LifecycleTest, BecomingActiveWithoutADelegatePostsNothing) {
+TEST_F(LifecycleTest, BecomingActiveIsNeitherToldNorPostedWithoutSomebodyToTell) {
+  struct Row {
+    const char* name;
+    std::function<void()> before, after;
+    bool told = false;
+  };
+  const auto nothing = [] {};
+  const Row rows[] = {{"no delegate", [&] { host.reset(); }, nothing},
+                      {"the end was told", [&] { appKit->applicationWillTerminate(); }, nothing},
+                      {"the principal object goes meanwhile", nothing, [&] { appKit.reset(); }, true}};
   const auto bound = show("main");
-  launch();
   bound.helper()->setDelegate({});
-  host.reset();
-  activateAgain();
-  desktop.advance(1);
-  EXPECT_THAT(postedNames(), IsEmpty());
-}
-
-TEST_F(LifecycleTest, WhatWasToBePostedLaterIsNotWhenThePrincipalObjectHasGone) {
-  const auto bound = show("main");
-  launch();
-  activateAgain();
-  postedNames();
-  appKit.reset();
-  desktop.advance(1);
-  EXPECT_THAT(postedNames(), IsEmpty());
-}
-
-TEST_F(LifecycleTest, AfterTheEndActivationIsNotToldAnyMore) {
-  const auto bound = show("main");
-  launch();
-  appKit->applicationWillTerminate();
-  activateAgain();
-  EXPECT_FALSE(host->was("applicationDidBecomeActive"));
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    host = std::make_shared<TestHost>();
+    appKit = VeltrikAppKit::make();
+    appKit->setDelegate(host);
+    launch();
+    row.before();
+    activateAgain();
+    EXPECT_EQ(host && host->was("applicationDidBecomeActive"), row.told);
+    postedNames();
+    row.after();
+    desktop.advance(1);
+    EXPECT_THAT(postedNames(), IsEmpty());
+  }
 }
 
 TEST_F(LifecycleTest, TheDockMenuOpensTheMainWindowOfTheLastPrincipalObject) {
@@ -245,32 +212,27 @@ TEST_F(LifecycleTest, ItsEndIsWrittenToStandardOutput) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), ">>> veltrikAppKit deinit\n");
 }
 
-struct FeedbackRow {
-  const char* name;
-  platform::Dictionary userInfo;
-  std::optional<std::string> json;
-  const char* logged;
-};
-
-class FeedbackTest : public LifecycleTest, public testing::WithParamInterface<FeedbackRow> {};
-
-TEST_P(FeedbackTest, IsRelayedAsJSONText) {
-  desktop.broadcast()->receiveFromOtherProcess({"mirelo_webViewFeedback", "", GetParam().userInfo});
-  desktop.settle();
-  EXPECT_TRUE(host->was("handleWebViewFeedBackWithUserInfo"));
-  EXPECT_EQ(host->feedback, GetParam().json);
-  EXPECT_THAT(log, Contains(std::string("WebView >>>> notification userInfo = ") + GetParam().logged));
+TEST_F(LifecycleTest, FeedbackIsRelayedAsJSONText) {
+  struct Row {
+    const char* name;
+    platform::Dictionary userInfo;
+    std::optional<std::string> json;
+    const char* logged;
+  };
+  const double infinity = std::numeric_limits<double>::infinity();
+  for (const Row& row :
+       {Row{"empty", {}, std::nullopt, "[:]"},
+        Row{"text", {{"답", "예"}}, "{\n  \"답\": \"예\"\n}", "[\"답\": \"예\"]"},
+        Row{"not a number", {{"n", platform::Value::Array{infinity}}}, std::nullopt, "[\"n\": [inf]]"}}) {
+    SCOPED_TRACE(row.name);
+    host->calls.clear();
+    desktop.broadcast()->receiveFromOtherProcess({"mirelo_webViewFeedback", "", row.userInfo});
+    desktop.settle();
+    EXPECT_TRUE(host->was("handleWebViewFeedBackWithUserInfo"));
+    EXPECT_EQ(host->feedback, row.json);
+    EXPECT_THAT(log, Contains(std::string("WebView >>>> notification userInfo = ") + row.logged));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, FeedbackTest,
-    testing::Values(FeedbackRow{"Empty", {}, std::nullopt, "[:]"},
-                    FeedbackRow{"Text", {{"답", "예"}}, "{\n  \"답\": \"예\"\n}", "[\"답\": \"예\"]"},
-                    FeedbackRow{"NotANumber",
-                                {{"n", platform::Value::Array{std::numeric_limits<double>::infinity()}}},
-                                std::nullopt,
-                                "[\"n\": [inf]]"}),
-    [](const auto& row) { return row.param.name; });
 
 TEST_F(LifecycleTest, MembersThatAreToComeSayWhichTheyAreAndChangeNothing) {
   bool answered = false;

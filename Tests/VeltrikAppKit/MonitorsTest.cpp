@@ -28,20 +28,19 @@ class MonitorsTest : public PluginTest {
   }
 };
 
-TEST_F(MonitorsTest, ADoubleClickIsReportedInHostPoints) {
-  const auto bound = showSized("main", {200, 100, 800, 600});
-  desktop.user().click({277, 200}, 2);
-  ASSERT_EQ(bound.host->clicks.size(), 1u);
-  expectPoint(bound.host->clicks[0], {100, 649.3506493506493});
-}
-
-TEST_F(MonitorsTest, OnlyADoubleClickIsMeasuredFromBelowThePaintedTitleBar) {
-  const auto bound = showSized("main", {200, 100, 800, 600}, true);
-  desktop.user().click({277, 200}, 2);
-  desktop.user().click({277, 200}, 1, headless::Button::right);
-  ASSERT_EQ(bound.host->clicks.size(), 2u);
-  expectPoint(bound.host->clicks[0], {100, 611.6883116883117});  // (571 - 100) x 100 / 77
-  expectPoint(bound.host->clicks[1], {100, 649.3506493506493});  // (600 - 100) x 100 / 77
+TEST_F(MonitorsTest, ClicksAreReportedInHostPointsADoubleClickFromBelowThePaintedTitleBar) {
+  const double wholeHeight = 500 * 100.0 / 77, belowTheBar = 471 * 100.0 / 77;
+  for (const bool isPainted : {false, true}) {
+    SCOPED_TRACE(isPainted);
+    const auto bound = showSized("main", {200, 100, 800, 600}, isPainted);
+    desktop.advance(5);
+    desktop.user().click({277, 200}, 2);
+    desktop.user().click({277, 200}, 1, headless::Button::right);
+    ASSERT_EQ(bound.host->clicks.size(), 2u);
+    expectPoint(bound.host->clicks[0], {100, isPainted ? belowTheBar : wholeHeight});
+    expectPoint(bound.host->clicks[1], {100, wholeHeight});
+    bound.native->close();
+  }
 }
 
 TEST_F(MonitorsTest, WhatTheHostConsumesDoesNotReachItsView) {
@@ -86,61 +85,51 @@ TEST_F(MonitorsTest, TheMonitorsLiveWhileTheWindowIsMain) {
   EXPECT_EQ(second.host->clicks.size(), 1u);
 }
 
-enum class Focus { hostView, text, control };
-
-struct KeyRow {
-  const char* name;
-  std::uint16_t keyCode;
-  std::uint64_t modifiers;
-  bool inputable;
-  Focus focus;
-  bool passes;
-};
-
-class KeyMonitorTest : public MonitorsTest, public testing::WithParamInterface<KeyRow> {};
-
 class FocusableControl final : public platform::NSControl {
  public:
   bool acceptsFirstResponder() override { return true; }
 };
 
-TEST_P(KeyMonitorTest, SwallowsPlainKeysThatNothingCanTake) {
-  const auto bound = show("main");
-  bound.host->inputable = GetParam().inputable;
-  if (GetParam().focus != Focus::hostView) {
-    const std::shared_ptr<NSView> view =
-        GetParam().focus == Focus::text ? std::static_pointer_cast<NSView>(std::make_shared<platform::NSTextView>())
-                                        : std::make_shared<FocusableControl>();
-    bound.native->contentView()->addSubview(view);
-    ASSERT_TRUE(bound.native->makeFirstResponder(view));
+TEST_F(MonitorsTest, PlainKeysThatNothingCanTakeAreSwallowed) {
+  struct Row {
+    const char* name;
+    std::uint16_t keyCode;
+    std::uint64_t modifiers;
+    bool inputable;
+    std::shared_ptr<NSView> focus;
+    bool passes;
+    bool hasDelegate = true;
+  };
+  constexpr std::uint64_t kArrow = ModifierFlag::kNumericPad | ModifierFlag::kFunction;
+  const auto text = std::make_shared<platform::NSTextView>();
+  for (const Row& row :
+       {Row{"the host takes typing", KeyCode::kA, 0, true, nullptr, true},
+        Row{"the host takes none", KeyCode::kA, 0, false, nullptr, false},
+        Row{"a text has the focus", KeyCode::kA, 0, false, text, true},
+        Row{"a control has the focus", KeyCode::kA, 0, false, std::make_shared<FocusableControl>(), true},
+        Row{"escape", KeyCode::kEscape, 0, false, nullptr, true},
+        Row{"Shift held", KeyCode::kA, ModifierFlag::kShift, false, nullptr, true},
+        Row{"Caps Lock", KeyCode::kA, ModifierFlag::kCapsLock, false, nullptr, true},
+        Row{"arrow", KeyCode::kLeftArrow, kArrow, false, nullptr, true}}) {
+    SCOPED_TRACE(row.name);
+    const auto bound = show("main");
+    bound.host->inputable = row.inputable;
+    if (!row.hasDelegate) bound.helper()->setDelegate({});
+    if (row.focus) {
+      bound.native->contentView()->addSubview(row.focus);
+      ASSERT_TRUE(bound.native->makeFirstResponder(row.focus));
+    }
+    int passed = 0;
+    const auto monitor =
+        NSApplication::shared().addLocalMonitor(eventMask(platform::EventType::keyDown), [&](const auto& event) {
+          ++passed;
+          return event;
+        });
+    desktop.user().key(row.keyCode, "x", row.modifiers);
+    EXPECT_EQ(passed, row.passes ? 1 : 0);
+    NSApplication::shared().removeMonitor(monitor);
+    bound.native->close();
   }
-  int passed = 0;
-  NSApplication::shared().addLocalMonitor(eventMask(platform::EventType::keyDown), [&](const auto& event) {
-    ++passed;
-    return event;
-  });
-  desktop.user().key(GetParam().keyCode, "x", GetParam().modifiers);
-  EXPECT_EQ(passed, GetParam().passes ? 1 : 0);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, KeyMonitorTest,
-    testing::Values(KeyRow{"HostTakesTyping", KeyCode::kA, 0, true, Focus::hostView, true},
-                    KeyRow{"HostTakesNone", KeyCode::kA, 0, false, Focus::hostView, false},
-                    KeyRow{"TextHasTheFocus", KeyCode::kA, 0, false, Focus::text, true},
-                    KeyRow{"ControlHasTheFocus", KeyCode::kA, 0, false, Focus::control, true},
-                    KeyRow{"Escape", KeyCode::kEscape, 0, false, Focus::hostView, true},
-                    KeyRow{"ShiftHeld", KeyCode::kA, ModifierFlag::kShift, false, Focus::hostView, true},
-                    KeyRow{"CapsLock", KeyCode::kA, ModifierFlag::kCapsLock, false, Focus::hostView, true},
-                    KeyRow{"Arrow", KeyCode::kLeftArrow, ModifierFlag::kNumericPad | ModifierFlag::kFunction, false,
-                           Focus::hostView, true}),
-    [](const auto& row) { return row.param.name; });
-
-TEST_F(MonitorsTest, WithoutADelegateKeysGoOn) {
-  const auto bound = show("main");
-  bound.helper()->setDelegate({});
-  desktop.user().key(KeyCode::kA, "a");
-  EXPECT_EQ(bound.view().keys, "a");
 }
 
 TEST_F(MonitorsTest, AKeyPressOfTheRightArrowIsMadeFromNothing) {

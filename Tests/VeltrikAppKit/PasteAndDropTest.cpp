@@ -1,10 +1,8 @@
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 
 #include "Platform/AppKit/ImageReading.h"
 #include "Platform/Foundation/Bundle.h"
+#include "Tests/ScratchFolder.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 #include "VeltrikAppKit/CustomViews.h"
 
@@ -46,8 +44,7 @@ class PasteAndDropTest : public PluginTest {
            ("Image_" + std::to_string(seconds) + ".png");
   }
   static std::vector<std::uint32_t> pixelsOf(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    const std::string bytes = readText(file);
     const auto bitmap = platform::bitmapFromImage(platform::bytesOf(bytes));
     return bytes.starts_with("\x89PNG") && bitmap ? bitmap->pixels : std::vector<std::uint32_t>();
   }
@@ -55,14 +52,13 @@ class PasteAndDropTest : public PluginTest {
   BoundWindow bound = show("main");
 };
 
-struct PasteRow {
-  const char* name;
-  std::map<std::string, std::string> contents;
-  std::vector<std::string> paths;
-};
-
 TEST_F(PasteAndDropTest, FilesArePastedAsTheirLocations) {
-  const std::vector<PasteRow> rows = {
+  struct Row {
+    const char* name;
+    std::map<std::string, std::string> contents;
+    std::vector<std::string> paths;
+  };
+  const Row rows[] = {
       {"one file", {{"text/uri-list", "file:///a%20b%23%25%EA%B0%80.txt\r\n"}}, {"/a b#%가.txt"}},
       {"a file and a page", {{"text/uri-list", "file:///a\r\nhttps://b/\r\n"}}, {"/a", "https://b/"}},
       {"a file manager's own", {{"x-special/gnome-copied-files", "copy\nfile:///a\nfile:///b"}}, {"/a", "/b"}},
@@ -72,22 +68,18 @@ TEST_F(PasteAndDropTest, FilesArePastedAsTheirLocations) {
       {"a damaged picture", {{"image/png", "\x89PNG"}}, {}},
       {"files before pictures", {{"text/uri-list", "file:///a.png"}, {"image/bmp", pixel(1, 2, 3)}}, {"/a.png"}},
   };
-  for (const PasteRow& row : rows) {
+  for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     EXPECT_EQ(paste(row.contents), row.paths);
   }
 }
 
-TEST_F(PasteAndDropTest, APictureIsPastedAsAFileOfTheCache) {
-  EXPECT_THAT(paste({{"text/uri-list", "https://b/"}, {"image/bmp", pixel(0x33, 0x66, '\x99')}}),
-              ElementsAre(imagePath("ClipBoardImages").string()));
-  EXPECT_THAT(pixelsOf(imagePath("ClipBoardImages")), ElementsAre(0xFF996633));
-}
-
-TEST_F(PasteAndDropTest, TheLaterPictureOfASecondStays) {
-  paste({{"image/bmp", pixel(1, 2, 3)}});
-  paste({{"image/bmp", pixel(4, 5, 6)}});
+TEST_F(PasteAndDropTest, APictureIsPastedAsAFileOfTheCacheTheLastOfASecondStays) {
   const auto first = imagePath("ClipBoardImages");
+  EXPECT_THAT(paste({{"text/uri-list", "https://b/"}, {"image/bmp", pixel(0x33, 0x66, '\x99')}}),
+              ElementsAre(first.string()));
+  EXPECT_THAT(pixelsOf(first), ElementsAre(0xFF996633));
+  paste({{"image/bmp", pixel(4, 5, 6)}});
   EXPECT_THAT(pixelsOf(first), ElementsAre(0xFF060504));
   desktop.advance(1);
   paste({{"image/bmp", pixel(7, 8, 9)}});
@@ -98,36 +90,24 @@ TEST_F(PasteAndDropTest, TheLaterPictureOfASecondStays) {
 }
 
 TEST_F(PasteAndDropTest, WithoutAPlaceToPutItThereIsNoPicture) {
-  std::filesystem::create_directories(desktop.folders().home);
-  std::ofstream(desktop.folders().cache) << "a file where the folder should be";
+  writeText(desktop.folders().cache, "a file where the folder should be");
   EXPECT_THAT(paste({{"image/bmp", pixel(1, 2, 3)}}), IsEmpty());
   bound.helper()->setAsFileDropable();
   EXPECT_FALSE(drop({{"image/bmp", pixel(1, 2, 3)}}));
   EXPECT_FALSE(bound.host->was("didSelectedFilePath"));
 }
 
-TEST_F(PasteAndDropTest, NothingIsDroppedBeforeTheHostAsksForIt) {
-  EXPECT_FALSE(drop({{"text/uri-list", "file:///a"}}));
-}
-
-TEST_F(PasteAndDropTest, DroppedFilesReachTheHost) {
+TEST_F(PasteAndDropTest, WhatIsDroppedReachesTheHostThatAskedForIt) {
+  EXPECT_FALSE(drop({{"text/uri-list", "file:///a"}})) << "before it has asked";
   bound.helper()->setAsFileDropable();
+  EXPECT_TRUE(desktop.user().dragOver({{"text/uri-list", "https://b/"}}, kInside));
+  EXPECT_FALSE(drop({{"text/uri-list", "https://b/"}})) << "turns out to hold nothing";
+  EXPECT_FALSE(bound.host->was("didSelectedFilePath"));
   EXPECT_TRUE(drop({{"text/uri-list", "file:///a%20b\r\nfile:///%EA%B0%80"}}));
   EXPECT_THAT(pathsOf(bound.host->files), ElementsAre("/a b", "/가"));
-}
-
-TEST_F(PasteAndDropTest, ADroppedPictureBecomesAFileOfItsOwnFolder) {
-  bound.helper()->setAsFileDropable();
   EXPECT_TRUE(drop({{"text/uri-list", "https://b/picture"}, {"image/bmp", pixel(1, 2, 3)}}));
   EXPECT_THAT(pathsOf(bound.host->files), ElementsAre(imagePath("dropableImages").string()));
   EXPECT_THAT(pixelsOf(imagePath("dropableImages")), ElementsAre(0xFF030201));
-}
-
-TEST_F(PasteAndDropTest, WhatTurnsOutToHoldNothingIsRefusedAtTheDrop) {
-  bound.helper()->setAsFileDropable();
-  EXPECT_TRUE(desktop.user().dragOver({{"text/uri-list", "https://b/"}}, kInside));
-  EXPECT_FALSE(drop({{"text/uri-list", "https://b/"}}));
-  EXPECT_FALSE(bound.host->was("didSelectedFilePath"));
 }
 
 TEST_F(PasteAndDropTest, TheDropViewCoversTheContentAndLeavesThePointerAlone) {

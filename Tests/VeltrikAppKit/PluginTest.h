@@ -12,6 +12,7 @@
 
 #include "Backends/Headless/HeadlessBackend.h"
 #include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSMenu.h"
 #include "Platform/AppKit/NSView.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/Log.h"
@@ -41,6 +42,38 @@ class HostView final : public NSView {
   void keyDown(const platform::EventPointer& event) override { keys += event->characters; }
   int mouseDowns = 0;
   std::string keys;
+};
+
+/// The host's own application delegate; its class answers the questions that a test adds to it.
+class TestApplicationDelegate final : public platform::NSApplicationDelegate {
+ public:
+  platform::runtime::Class& runtimeClass() const override { return hostClass; }
+  mutable platform::runtime::Class hostClass{"TestApplicationDelegate", nullptr};
+  std::vector<std::string> asked;
+
+  void answerReopen() {
+    hostClass.addMethod(platform::kShouldHandleReopen, [this](platform::NSApplicationDelegate&, bool) {
+      asked.emplace_back("reopen");
+      return false;
+    });
+  }
+  void answerTerminate() {
+    hostClass.addMethod(platform::kShouldTerminate, [this](platform::NSApplicationDelegate&) {
+      asked.emplace_back("terminate");
+      return platform::TerminateReply::cancel;
+    });
+  }
+  void answerDockMenu() {
+    hostClass.addMethod(platform::kDockMenu, [this](platform::NSApplicationDelegate&) {
+      asked.emplace_back("dock menu");
+      return std::make_shared<platform::NSMenu>("host");
+    });
+  }
+  void answerAll() {
+    answerReopen();
+    answerTerminate();
+    answerDockMenu();
+  }
 };
 
 /// Keeps the log's lines while it lives.
@@ -103,6 +136,9 @@ class PluginTest : public testing::Test {
   }
   BoundWindow show(const std::string& id) { return show(std::make_shared<TestHostWindow>(id)); }
 
+  headless::HeadlessSurface& surfaceOf(const NSWindow& window) {
+    return *desktop.windows().surfaceWithHandle(const_cast<NSWindow&>(window).nativeHandle());
+  }
   std::vector<std::string> postedNames() {
     std::vector<std::string> names;
     for (const auto& message : desktop.broadcast()->takePosted()) names.push_back(message.name);

@@ -57,7 +57,7 @@ TEST_F(PopoverMenuTest, ARightClickLeadsToAMenuAtThePointerAndToTheChosenHandler
   EXPECT_EQ(bound.view().subviews().size(), views);
 }
 
-TEST_F(PopoverMenuTest, OnlyOnIsACheckMark) {
+TEST_F(PopoverMenuTest, OnlyOnIsACheckMarkAndALineWithoutAHandlerMayBeChosen) {
   const auto bound = show("main");
   const Items items{std::make_shared<Item>("checked", "on"), std::make_shared<Item>("off", "off"),
                     std::make_shared<Item>("upper case", "ON"), std::make_shared<Item>("empty", "")};
@@ -65,34 +65,20 @@ TEST_F(PopoverMenuTest, OnlyOnIsACheckMark) {
     std::vector<MenuMark> marks;
     for (const auto& entry : desktop.menus()->open()->entries) marks.push_back(entry.mark);
     EXPECT_THAT(marks, ElementsAre(MenuMark::check, MenuMark::none, MenuMark::none, MenuMark::none));
-    desktop.menus()->leave();
+    EXPECT_TRUE(desktop.menus()->choose("off"));
   });
 }
 
-TEST_F(PopoverMenuTest, LeavingItRunsNothingAndTakesTheContainerAway) {
+TEST_F(PopoverMenuTest, WithoutAChoiceNothingRunsOrIsLeftBehind) {
   const auto bound = show("main");
   rightClick(bound, {noting("one")}, {300, 350}, [&] { desktop.user().key(platform::KeyCode::kEscape); });
-  EXPECT_THAT(chosen, IsEmpty());
   EXPECT_THAT(bound.view().subviews(), IsEmpty());
-}
-
-TEST_F(PopoverMenuTest, ItemsOfTheWrongKindShowNothing) {
-  const auto bound = show("main");
-  bound.helper()->showPopoverMenuWithItems({noting("one"), nullptr});
-  EXPECT_EQ(desktop.journal().count("menu:"), 0u);
-  EXPECT_THAT(bound.view().subviews(), IsEmpty());
-}
-
-TEST_F(PopoverMenuTest, NoItemsLeaveNothingBehind) {
-  const auto bound = show("main");
+  desktop.journal().take();
   bound.helper()->showPopoverMenuWithItems({});
+  bound.helper()->showPopoverMenuWithItems({noting("one"), nullptr});
+  EXPECT_EQ(desktop.journal().count("menu:"), 0u) << "no lines, or lines of the wrong kind";
   EXPECT_THAT(bound.view().subviews(), IsEmpty());
-}
-
-TEST_F(PopoverMenuTest, AnItemWithoutAHandlerMayBeChosen) {
-  const auto bound = show("main");
-  rightClick(bound, {std::make_shared<Item>("nothing")}, {300, 350},
-             [&] { EXPECT_TRUE(desktop.menus()->choose("nothing")); });
+  EXPECT_THAT(chosen, IsEmpty());
 }
 
 TEST_F(PopoverMenuTest, ASecondMenuLeavesNoContainerOfTheFirst) {

@@ -1,6 +1,5 @@
 #include <stdexcept>
 
-#include "Platform/AppKit/NSMenu.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 #include "VeltrikAppKit/VeltrikAppKitWindowHelper.h"
 
@@ -193,19 +192,6 @@ struct ApplicationCallback {
   std::function<void(headless::HeadlessBackend&)> provoke;
 };
 
-class HostApplicationDelegate final : public platform::NSApplicationDelegate {
- public:
-  HostApplicationDelegate() {
-    hostClass.addMethod(platform::kShouldHandleReopen, [](platform::NSApplicationDelegate&, bool) { return false; });
-    hostClass.addMethod(platform::kShouldTerminate,
-                        [](platform::NSApplicationDelegate&) { return platform::TerminateReply::cancel; });
-    hostClass.addMethod(platform::kDockMenu,
-                        [](platform::NSApplicationDelegate&) { return std::shared_ptr<platform::NSMenu>(); });
-  }
-  platform::runtime::Class& runtimeClass() const override { return hostClass; }
-  mutable platform::runtime::Class hostClass{"HostApplicationDelegate", nullptr};
-};
-
 const ApplicationCallback kApplicationCallbacks[] = {
     {"applicationShouldHandleReopen", [](auto&) { NSApplication::shared().reopen(); }},
     {"applicationUserTerminate", [](auto&) { NSApplication::shared().terminate(nullptr); }},
@@ -257,7 +243,8 @@ class HostDelegateReentrancyTest
 TEST_P(HostDelegateReentrancyTest, LeavesThePluginUsable) {
   const auto& [callback, deed] = GetParam();
   const Deed wanted = deed.first;
-  const auto applicationDelegate = std::make_shared<HostApplicationDelegate>();
+  const auto applicationDelegate = std::make_shared<TestApplicationDelegate>();
+  applicationDelegate->answerAll();
   NSApplication::shared().setDelegate(applicationDelegate);
   const auto bound = show("main");
   appKit->applicationDidFinishLaunching();

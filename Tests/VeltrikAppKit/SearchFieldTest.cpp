@@ -64,18 +64,13 @@ TEST_F(SearchFieldTest, ItsPartsStandWhereTheyShould) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(SearchFieldTest, TheEditorSitsTwoLevelsBelowTheTaggedField) {
-  clickText();
-  ASSERT_TRUE(editor());
-  NSView* const candidate = editor()->superview()->superview();
-  EXPECT_EQ(candidate->tag(), 100);
-  EXPECT_EQ(candidate, &field->textField());
-  EXPECT_EQ(candidate->superview(), field.get());
-}
-
 TEST_F(SearchFieldTest, TypingShowsTheButtonAndReportsEachText) {
   clickText();
   EXPECT_THAT(take(), ElementsAre("focused ''"));
+  NSView* const candidate = editor()->superview()->superview();
+  EXPECT_EQ(candidate->tag(), 100) << "two levels above the editor";
+  EXPECT_EQ(candidate, &field->textField());
+  EXPECT_EQ(candidate->superview(), field.get());
   EXPECT_TRUE(field->cancelButton().isHidden());
   desktop.user().type("a");
   EXPECT_THAT(take(), ElementsAre("'a'"));
@@ -83,14 +78,6 @@ TEST_F(SearchFieldTest, TypingShowsTheButtonAndReportsEachText) {
   desktop.user().key(KeyCode::kBackspace);
   EXPECT_THAT(take(), ElementsAre("''"));
   EXPECT_TRUE(field->cancelButton().isHidden());
-}
-
-TEST_F(SearchFieldTest, EveryClickIntoTheTextReportsIt) {
-  clickText();
-  desktop.user().type("한글");
-  take();
-  clickText();
-  EXPECT_THAT(take(), ElementsAre("focused '한글'"));
 }
 
 TEST_F(SearchFieldTest, HangulIsReportedAsItIsComposedAndItsCommitOnce) {
@@ -103,6 +90,9 @@ TEST_F(SearchFieldTest, HangulIsReportedAsItIsComposedAndItsCommitOnce) {
   EXPECT_THAT(take(), IsEmpty());
   desktop.inputMethod().compose(u"ㄱ");
   EXPECT_EQ(text(), "한ㄱ");
+  take();
+  clickText();
+  EXPECT_THAT(take(), ElementsAre("focused '한ㄱ'")) << "every click into the text reports it";
 }
 
 TEST_F(SearchFieldTest, TheButtonClearsReportsOnceAndStays) {
@@ -162,6 +152,9 @@ TEST_F(SearchFieldTest, ArrowsAreTheFieldsAndTheirReleasesTheHosts) {
     std::uint16_t code;
     const char* report;
   };
+  for (const std::uint16_t code : {KeyCode::kDownArrow, KeyCode::kUpArrow, KeyCode::kEscape}) desktop.user().key(code);
+  EXPECT_EQ(host->keys.size(), 6U) << "keys elsewhere are none of the field's";
+  EXPECT_THAT(take(), IsEmpty());
   clickText();
   for (const bool listens : {true, false}) {
     if (!listens) field->setArrowKeyDidDown(nullptr);
@@ -192,16 +185,6 @@ TEST_F(SearchFieldTest, EscapeEndsTheEditingWhenItIsReleased) {
   EXPECT_EQ(text(), "한");
 }
 
-TEST_F(SearchFieldTest, KeysElsewhereAreNoneOfTheFields) {
-  for (const std::uint16_t code : {KeyCode::kDownArrow, KeyCode::kUpArrow, KeyCode::kEscape}) {
-    SCOPED_TRACE(code);
-    host->keys.clear();
-    desktop.user().key(code);
-    EXPECT_EQ(host->keys.size(), 2U);
-  }
-  EXPECT_THAT(take(), IsEmpty());
-}
-
 TEST_F(SearchFieldTest, EditingEndsOnceHoweverTheFocusGoes) {
   struct Row {
     const char* name;
@@ -223,15 +206,6 @@ TEST_F(SearchFieldTest, EditingEndsOnceHoweverTheFocusGoes) {
     window->contentView()->addSubview(field);
     desktop.settle();
   }
-}
-
-TEST_F(SearchFieldTest, ReturnEndsTheEditingAndSelectsTheText) {
-  clickText();
-  desktop.user().type("ab");
-  take();
-  desktop.user().key(KeyCode::kReturn, "\r");
-  EXPECT_THAT(take(), ElementsAre("end"));
-  EXPECT_EQ(editor()->selectedRange(), (platform::NSRange{0, 2}));
 }
 
 TEST_F(SearchFieldTest, AnOwnerThatDropsItInsideAnyCallbackIsSafe) {

@@ -1,17 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <limits>
 #include <map>
-#include <optional>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "Platform/Foundation/CocoaError.h"
 #include "Platform/Foundation/LoginItem.h"
+#include "Tests/ScratchFolder.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 
 namespace veltrik {
@@ -23,14 +16,9 @@ class SystemServicesTest : public PluginTest {
  protected:
   fs::path autostart() const { return desktop.folders().config / "autostart"; }
   fs::path entry() const { return autostart() / "com.brenholt.macos.mirelo.startuplauncher.desktop"; }
-  static std::string read(const fs::path& file) {
-    std::ostringstream text;
-    text << std::ifstream(file, std::ios::binary).rdbuf();
-    return text.str();
-  }
   /// The keys of the entry's only group.
   std::map<std::string, std::string> keys() const {
-    std::istringstream text(read(entry()));
+    std::istringstream text(readText(entry()));
     std::string line;
     std::getline(text, line);
     EXPECT_EQ(line, "[Desktop Entry]");
@@ -109,21 +97,20 @@ TEST_F(SystemServicesTest, LaunchAtLoginGoesOnAndOff) {
 
 TEST_F(SystemServicesTest, OffOverrulesTheEntryForAllUsers) {
   const fs::path system = desktop.folders().systemConfig.front() / "autostart" / entry().filename();
-  fs::create_directories(system.parent_path());
-  std::ofstream(system) << "[Desktop Entry]\nType=Application\nName=Mirelo\nExec=mirelo\n";
+  const std::string forAll = "[Desktop Entry]\nType=Application\nName=Mirelo\nExec=mirelo\n";
+  writeText(system, forAll);
   appKit->setAutoLaunchApp(false);
   EXPECT_EQ(keys().at("Hidden"), "true");
   appKit->setAutoLaunchApp(true);
   EXPECT_FALSE(keys().contains("Hidden"));
-  EXPECT_EQ(read(system), "[Desktop Entry]\nType=Application\nName=Mirelo\nExec=mirelo\n");
+  EXPECT_EQ(readText(system), forAll);
 }
 
 TEST_F(SystemServicesTest, AnEntryThatCannotBeWrittenIsLogged) {
-  fs::create_directories(desktop.folders().config);
-  std::ofstream(autostart()) << "a file where the folder should be";
+  writeText(autostart(), "a file where the folder should be");
   appKit->setAutoLaunchApp(true);
   appKit->setAutoLaunchApp(false);
-  EXPECT_EQ(read(autostart()), "a file where the folder should be");
+  EXPECT_EQ(readText(autostart()), "a file where the folder should be");
   ASSERT_FALSE(log.empty());
   EXPECT_THAT(log.front(), testing::HasSubstr("The login item can't be set: "));
   EXPECT_THROW(platform::setLoginItemEnabled({"id", "Name", "/tmp/\xFF"}, true), platform::CocoaError);
@@ -150,14 +137,9 @@ TEST_F(SystemServicesTest, AFileTypeHasTheThemesIconOrOneOfOurs) {
   EXPECT_EQ(pixels("pdf"), pixels("com.adobe.pdf"));
   EXPECT_NE(pixels("pdf"), pixels("zip"));
   EXPECT_NE(pixels("public.folder"), pixels("zip"));
-}
-
-TEST_F(SystemServicesTest, IconsAreAsFineAsTheFinestScreen) {
   desktop.setScreens({{.frame = {0, 0, 1000, 800}, .visibleFrame = {0, 0, 1000, 800}, .scale = 2}});
-  const auto icon = appKit->fileIconForType("pdf");
-  ASSERT_TRUE(icon);
-  EXPECT_EQ(icon->width, 64);
-  EXPECT_EQ(icon->scale, 2);
+  EXPECT_EQ(appKit->fileIconForType("pdf")->width, 64) << "as fine as the finest screen";
+  EXPECT_EQ(appKit->fileIconForType("pdf")->scale, 2);
 }
 
 TEST(NoShellTest, WithoutADesktopShellNothingHappensAndTheIconIsOurs) {

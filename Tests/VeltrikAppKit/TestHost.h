@@ -28,11 +28,13 @@ class HostRecord {
  protected:
   void told(const std::string& member, const std::string& arguments = "") {
     calls.push_back(member + arguments);
-    // A copy: the reaction may take itself away.
-    if (const auto found = reactions.find(member); found != reactions.end()) {
-      const auto reaction = found->second;
-      if (reaction) reaction();
-    }
+    react(member);
+  }
+  void react(const std::string& member) const {
+    const auto found = reactions.find(member);
+    if (found == reactions.end()) return;
+    const auto reaction = found->second;  // a copy: it may take itself away
+    if (reaction) reaction();
   }
 };
 
@@ -50,7 +52,9 @@ class TestHost final : public VeltrikAppKitDelegateProtocol, public HostRecord {
     std::string held;
     for (const KeyModifier modifier : modifiers) held += " " + std::to_string(static_cast<std::uint32_t>(modifier));
     keys.push_back("key " + std::to_string(code) + " [" + held + " ] " + std::to_string(type));
-    return letsKeysGoOn;
+    const bool goesOn = letsKeysGoOn;
+    react("handleFunctionKey");
+    return goesOn;
   }
   void notifyWorkspaceEnvironment(std::int32_t environment) override {
     told("notifyWorkspaceEnvironment", " " + std::to_string(environment));
@@ -156,10 +160,7 @@ class TestHostWindow final : public VeltrikAppKitWindowHelperDelegateProtocol, p
   /// Queries are not written down: how often the plug-in asks is its own business.
   template <class Answer>
   Answer asked(const std::string& member, Answer answer) {
-    if (const auto found = reactions.find(member); found != reactions.end()) {
-      const auto reaction = found->second;
-      if (reaction) reaction();
-    }
+    react(member);
     return answer;
   }
   bool clicked(const std::string& member, platform::Point location) {

@@ -12,10 +12,12 @@
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/Session.h"
+#include "Tests/AppKit/TextFixture.h"
 #include "VeltrikAppKit/TextInputNSView.h"
 
 namespace veltrik {
 
+using platform::keyEvent;
 using platform::NSRange;
 namespace KeyCode = platform::KeyCode;
 namespace ModifierFlag = platform::ModifierFlag;
@@ -58,17 +60,6 @@ class TextInputHost : public VeltrikTextInputViewDelegate {
   }
   std::vector<std::string> heard_;
 };
-
-inline platform::EventPointer keyEvent(std::uint16_t keyCode, std::string characters = {},
-                                       std::uint64_t modifiers = 0) {
-  platform::NSEvent event;
-  event.type = platform::EventType::keyDown;
-  event.keyCode = keyCode;
-  event.characters = characters;
-  event.charactersIgnoringModifiers = std::move(characters);
-  event.modifierFlags = ModifierFlag::kPlainKey | modifiers;
-  return std::make_shared<const platform::NSEvent>(std::move(event));
-}
 
 /// An input in a key window of 300 by 60 points, with the focus.
 class TextInputFixture : public testing::Test {

@@ -6,6 +6,7 @@ namespace {
 
 using headless::BroadcastMessage;
 using platform::WindowOrdering;
+using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -13,9 +14,6 @@ using testing::Not;
 
 class WindowEventsTest : public PluginTest {
  protected:
-  headless::HeadlessSurface& surfaceOf(const NSWindow& window) {
-    return *desktop.windows().surfaceWithHandle(const_cast<NSWindow&>(window).nativeHandle());
-  }
   std::vector<std::int64_t> order() const {
     std::vector<std::int64_t> numbers;
     for (const NSWindow* each : NSApplication::shared().orderedWindows()) numbers.push_back(each->windowNumber());
@@ -123,80 +121,24 @@ TEST_F(WindowEventsTest, ACloseRequestClosesTheChildrenBeforeTheHostIsAsked) {
   bound.native->performClose();
   EXPECT_TRUE(closedBefore);
   EXPECT_FALSE(bound.native->isClosed());
-  bound.host->mayClose = true;
-  bound.native->performClose();
-  EXPECT_TRUE(bound.native->isClosed());
-}
-
-TEST_F(WindowEventsTest, AWindowWithoutADelegateMayAlwaysClose) {
-  const auto bound = show("main");
-  bound.host->mayClose = false;
   bound.helper()->setDelegate({});
   bound.native->performClose();
-  EXPECT_TRUE(bound.native->isClosed());
+  EXPECT_TRUE(bound.native->isClosed()) << "with nobody to ask";
 }
 
-TEST_F(WindowEventsTest, ClosingIsToldThenPosted) {
-  const auto bound = show("main");
-  bound.host->reactions["windowWillClose"] = [&] { EXPECT_THAT(postedNames(), IsEmpty()); };
-  bound.helper()->closeWindow();
-  EXPECT_TRUE(bound.native->isClosed());
-  EXPECT_THAT(bound.host->calls, Contains("windowWillClose"));
-  EXPECT_THAT(desktop.broadcast()->takePosted(),
-              ElementsAre(BroadcastMessage{"mirelo_parentWindowWillClose", "", {{"parentID", "main"}}}));
-  EXPECT_EQ(bound.helper()->nsWindowFrame(), Rect());
-}
-
-TEST_F(WindowEventsTest, ClosingAsksNobodyAndTakesTheChildrenAlong) {
+TEST_F(WindowEventsTest, ClosingAsksNobodyTakesTheChildrenAlongAndIsToldThenPosted) {
   const auto bound = show("main");
   const auto child = makeNativeWindow();
   bound.native->addChildWindow(child, WindowOrdering::above);
   bound.host->mayClose = false;
+  bound.host->reactions["windowWillClose"] = [&] { EXPECT_THAT(postedNames(), IsEmpty()); };
   bound.helper()->closeWindow();
   EXPECT_TRUE(bound.native->isClosed());
   EXPECT_TRUE(child->isClosed());
-  EXPECT_THAT(bound.host->calls, Not(Contains("windowShouldClose")));
-}
-
-struct PopoverRow {
-  const char* name;
-  bool isPopover;
-  bool closesItself;
-  bool hasChild;
-  bool closed;
-};
-
-class PopoverAutoCloseTest : public WindowEventsTest, public testing::WithParamInterface<PopoverRow> {};
-
-TEST_P(PopoverAutoCloseTest, HappensInALaterTurn) {
-  const auto other = show("other");
-  const auto hostWindow = std::make_shared<TestHostWindow>("popover");
-  if (GetParam().isPopover) hostWindow->popover.emplace();
-  const auto bound = show(hostWindow);
-  bound.helper()->setCloseWithResignMainWindow(GetParam().closesItself);
-  if (GetParam().hasChild) bound.native->addChildWindow(makeNativeWindow(), WindowOrdering::above);
-  other.helper()->becomeFirstWindow();
-  EXPECT_FALSE(bound.native->isClosed());
-  desktop.settle();
-  EXPECT_EQ(bound.native->isClosed(), GetParam().closed);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, PopoverAutoCloseTest,
-                         testing::Values(PopoverRow{"Popover", true, true, false, true},
-                                         PopoverRow{"ThatStays", true, false, false, false},
-                                         PopoverRow{"WithAChild", true, true, true, false},
-                                         PopoverRow{"OrdinaryWindow", false, true, false, false}),
-                         [](const auto& row) { return row.param.name; });
-
-TEST_F(WindowEventsTest, OnlyAPopoverClosesAsOne) {
-  const auto ordinary = show("ordinary");
-  ordinary.helper()->closePopoverWindow();
-  EXPECT_FALSE(ordinary.native->isClosed());
-  const auto hostWindow = std::make_shared<TestHostWindow>("popover");
-  hostWindow->popover.emplace();
-  const auto popover = show(hostWindow);
-  popover.helper()->closePopoverWindow();
-  EXPECT_TRUE(popover.native->isClosed());
+  EXPECT_THAT(bound.host->calls, AllOf(Contains("windowWillClose"), Not(Contains("windowShouldClose"))));
+  EXPECT_THAT(desktop.broadcast()->takePosted(),
+              ElementsAre(BroadcastMessage{"mirelo_parentWindowWillClose", "", {{"parentID", "main"}}}));
+  EXPECT_EQ(bound.helper()->nsWindowFrame(), Rect());
 }
 
 TEST_F(WindowEventsTest, AWindowGoesBehindTheHostsOtherWindowsWithoutTheFocus) {
@@ -208,26 +150,19 @@ TEST_F(WindowEventsTest, AWindowGoesBehindTheHostsOtherWindowsWithoutTheFocus) {
   hidden.helper()->setIsWindowHidden(true);
   const auto third = show("third");
   third.helper()->orderFrontBehideCurrentWindows();
-  EXPECT_THAT(order(), ElementsAre(second.native->windowNumber(), foreign->windowNumber(), first.native->windowNumber(),
-                                   third.native->windowNumber()));
-}
-
-TEST_F(WindowEventsTest, AlreadyBehindTheOthersItStaysThere) {
-  const auto first = show("first");
-  const auto second = show("second");
-  first.helper()->setIsWindowHidden(true);
-  first.helper()->orderFrontBehideCurrentWindows();
-  first.helper()->orderFrontBehideCurrentWindows();
-  EXPECT_THAT(order(), ElementsAre(second.native->windowNumber(), first.native->windowNumber()));
-  EXPECT_TRUE(second.native->isKeyWindow());
-}
-
-TEST_F(WindowEventsTest, TheOnlyHostWindowIsJustOrderedFront) {
-  const auto bound = show("only");
-  const auto foreign = makeNativeWindow();
+  const auto numbers = [](const auto&... windows) { return std::vector<std::int64_t>{windows->windowNumber()...}; };
+  EXPECT_EQ(order(), numbers(second.native, foreign, first.native, third.native));
+  third.helper()->orderFrontBehideCurrentWindows();
+  EXPECT_EQ(order(), numbers(second.native, foreign, first.native, third.native)) << "already behind the others";
+  hidden.helper()->orderFrontBehideCurrentWindows();
+  EXPECT_EQ(order(), numbers(second.native, foreign, first.native, third.native, hidden.native));
+  EXPECT_FALSE(hidden.native->isKeyWindow());
+  first.helper()->closeWindow();
+  second.helper()->closeWindow();
+  hidden.helper()->closeWindow();
   foreign->makeKeyAndOrderFront(nullptr);
-  bound.helper()->orderFrontBehideCurrentWindows();
-  EXPECT_THAT(order(), ElementsAre(bound.native->windowNumber(), foreign->windowNumber()));
+  third.helper()->orderFrontBehideCurrentWindows();
+  EXPECT_EQ(order(), numbers(third.native, foreign)) << "the host's only one is just ordered front";
   EXPECT_TRUE(foreign->isKeyWindow());
 }
 
