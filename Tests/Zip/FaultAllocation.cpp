@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <new>
 
-// The test program's own operator new: it can fail on demand and knows how much is held.
+// The test program's own operator new: it can fail on demand and knows how much is held. Those of arrays lead here.
 namespace {
 
 struct Account {
@@ -56,49 +56,25 @@ void released(void* memory) noexcept {
 void* operator new(std::size_t size) {
   return allocatedOrThrow(size, 0);
 }
-void* operator new[](std::size_t size) {
-  return allocatedOrThrow(size, 0);
-}
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return allocated(size, 0);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
   return allocated(size, 0);
 }
 void* operator new(std::size_t size, std::align_val_t alignment) {
   return allocatedOrThrow(roundedUp(size, alignment), static_cast<std::size_t>(alignment));
 }
-void* operator new[](std::size_t size, std::align_val_t alignment) {
-  return allocatedOrThrow(roundedUp(size, alignment), static_cast<std::size_t>(alignment));
-}
 void operator delete(void* memory) noexcept {
-  released(memory);
-}
-void operator delete[](void* memory) noexcept {
   released(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
   released(memory);
 }
-void operator delete[](void* memory, std::size_t) noexcept {
-  released(memory);
-}
 void operator delete(void* memory, const std::nothrow_t&) noexcept {
-  released(memory);
-}
-void operator delete[](void* memory, const std::nothrow_t&) noexcept {
   released(memory);
 }
 void operator delete(void* memory, std::align_val_t) noexcept {
   released(memory);
 }
-void operator delete[](void* memory, std::align_val_t) noexcept {
-  released(memory);
-}
 void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
-  released(memory);
-}
-void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
   released(memory);
 }
 

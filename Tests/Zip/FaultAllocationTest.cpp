@@ -57,14 +57,6 @@ TEST_P(OutOfMemory, IsAnOrderlyFailure) {
   }
 }
 
-std::string nameOf(const testing::TestParamInfo<Operation>& info) {
-  std::string name = info.param.name;
-  for (char& c : name) {
-    if (c == ' ') c = '_';
-  }
-  return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Operations, OutOfMemory, testing::ValuesIn(fault::operations()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Operations, OutOfMemory, testing::ValuesIn(fault::operations()), fault::nameOf<Operation>);
 
 }  // namespace

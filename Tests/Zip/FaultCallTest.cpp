@@ -114,15 +114,7 @@ TEST_P(FailingCalls, AreReportedAndUndone) {
   }
 }
 
-std::string nameOf(const testing::TestParamInfo<Operation>& info) {
-  std::string name = info.param.name;
-  for (char& c : name) {
-    if (c == ' ') c = '_';
-  }
-  return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Operations, FailingCalls, testing::ValuesIn(fault::operations()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Operations, FailingCalls, testing::ValuesIn(fault::operations()), fault::nameOf<Operation>);
 
 /// A full disk stays full, but what an archive had before it still fits: an addition is undone byte for byte.
 TEST(FullDisk, AdditionsAreUndone) {

@@ -8,8 +8,8 @@
 #include <iostream>
 #include <map>
 
-#include "Tests/ScratchFolder.h"
 #include "Tests/Zip/FaultStepper.h"
+#include "Tests/Zip/FaultWorkbench.h"
 #include "Tests/Zip/HostileArchives.h"
 #include "VeltrikAppKit/Archive.h"
 #include "VeltrikAppKit/FileManager+ZIP.h"
@@ -214,16 +214,7 @@ TEST_P(KilledExtraction, LeavesNoHalfFile) {
       });
 }
 
-template <class Scenario>
-std::string nameOf(const testing::TestParamInfo<Scenario>& info) {
-  std::string name = info.param.name;
-  for (char& c : name) {
-    if (c == ' ') c = '_';
-  }
-  return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Archives, KilledRemoval, testing::ValuesIn(removals()), nameOf<Removal>);
-INSTANTIATE_TEST_SUITE_P(Archives, KilledExtraction, testing::ValuesIn(extractions()), nameOf<Extraction>);
+INSTANTIATE_TEST_SUITE_P(Archives, KilledRemoval, testing::ValuesIn(removals()), fault::nameOf<Removal>);
+INSTANTIATE_TEST_SUITE_P(Archives, KilledExtraction, testing::ValuesIn(extractions()), fault::nameOf<Extraction>);
 
 }  // namespace

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <ostream>
@@ -50,5 +53,13 @@ struct Operation {
 
 /// Every public operation: opening, iterating, looking up, extracting, adding, removing, packing and unpacking.
 std::vector<Operation> operations();
+
+/// What GoogleTest calls a case: what it is called when it is printed, in one word.
+template <class Case>
+std::string nameOf(const testing::TestParamInfo<Case>& info) {
+  std::string name = testing::PrintToString(info.param);
+  std::ranges::replace(name, ' ', '_');
+  return name;
+}
 
 }  // namespace fault

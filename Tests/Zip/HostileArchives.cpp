@@ -89,31 +89,8 @@ Member withDescriptor(Member member, bool signature) {
   return member;
 }
 
-struct Field {
-  std::size_t offset;
-  std::size_t width;
-};
-
-constexpr std::array<Field, 11> kLocalFields{
-    {{0, 4}, {4, 2}, {6, 2}, {8, 2}, {10, 2}, {12, 2}, {14, 4}, {18, 4}, {22, 4}, {26, 2}, {28, 2}}};
-constexpr std::array<Field, 17> kCentralFields{{{0, 4},
-                                                {4, 2},
-                                                {6, 2},
-                                                {8, 2},
-                                                {10, 2},
-                                                {12, 2},
-                                                {14, 2},
-                                                {16, 4},
-                                                {20, 4},
-                                                {24, 4},
-                                                {28, 2},
-                                                {30, 2},
-                                                {32, 2},
-                                                {34, 2},
-                                                {36, 2},
-                                                {38, 4},
-                                                {42, 4}}};
-constexpr std::array<Field, 8> kEndFields{{{0, 4}, {4, 2}, {6, 2}, {8, 2}, {10, 2}, {12, 4}, {16, 4}, {20, 2}}};
+// The widths of the records' fixed fields, in order.
+constexpr std::string_view kLocalFields = "42222244422", kCentralFields = "42222224442222244", kEndFields = "42222442";
 constexpr std::array<std::uint32_t, 10> kExtremes{0,      1,          8,          0x7fff,     0xfffe,
                                                   0xffff, 0x7fffffff, 0x80000000, 0xfffffffe, 0xffffffff};
 
@@ -126,17 +103,25 @@ void put(Bytes& bytes, std::size_t at, std::size_t width, std::uint32_t value) {
   for (std::size_t i = 0; i < width; ++i) bytes[at + i] = static_cast<std::byte>(value >> (8 * i));
 }
 
-template <std::size_t Count>
 void setEach(std::vector<Specimen>& out, const Bytes& sound, std::string_view record, std::size_t recordAt,
-             const std::array<Field, Count>& fields) {
-  for (const Field& field : fields) {
+             std::string_view widths) {
+  std::size_t offset = 0;
+  for (const char digit : widths) {
+    const auto width = static_cast<std::size_t>(digit - '0');
     for (const std::uint32_t value : kExtremes) {
-      if (field.width == 2 && value > 0xffff) continue;
-      Specimen specimen{std::string(record) + "+" + std::to_string(field.offset) + "=" + std::to_string(value), sound};
-      put(specimen.bytes, recordAt + field.offset, field.width, value);
+      if (width == 2 && value > 0xffff) continue;
+      Specimen specimen{std::string(record) + "+" + std::to_string(offset) + "=" + std::to_string(value), sound};
+      put(specimen.bytes, recordAt + offset, width, value);
       out.push_back(std::move(specimen));
     }
+    offset += width;
   }
+}
+
+std::string repeated(std::string_view part, int count) {
+  std::string whole;
+  for (int i = 0; i < count; ++i) whole += part;
+  return whole;
 }
 
 std::vector<std::string> harmfulNames(const std::string& outside) {
@@ -170,16 +155,8 @@ std::vector<std::string> harmfulNames(const std::string& outside) {
           std::string(300, 'n'),
           std::string(5000, 'p') + "/file",
           std::string(65535, 'x'),
-          [] {
-            std::string deep;
-            for (int i = 0; i < 2000; ++i) deep += "d/";
-            return deep + "file";
-          }(),
-          [] {
-            std::string climbing;
-            for (int i = 0; i < 2000; ++i) climbing += "../";
-            return climbing + "escaped";
-          }()};
+          repeated("d/", 2000) + "file",
+          repeated("../", 2000) + "escaped"};
 }
 
 void addHarmfulNames(std::vector<Specimen>& out, const std::string& outside) {

@@ -4,13 +4,8 @@
 #include <sys/stat.h>
 
 #include <map>
-#include <string>
-#include <vector>
 
-#include "Platform/Foundation/CocoaError.h"
-#include "Tests/ScratchFolder.h"
-#include "Tests/Zip/HostileArchives.h"
-#include "VeltrikAppKit/Archive.h"
+#include "Tests/Zip/ArchiveFixture.h"
 #include "VeltrikAppKit/FileManager+ZIP.h"
 
 namespace veltrik {
@@ -23,7 +18,6 @@ using hostile::fileMember;
 using hostile::linkMember;
 using hostile::Member;
 using platform::CocoaError;
-using platform::DataView;
 using platform::Progress;
 using platform::URL;
 using testing::ElementsAre;
@@ -45,13 +39,9 @@ std::map<std::string, std::string> described(const fs::path& root) {
   return items;
 }
 
-class TreeTest : public testing::Test {
+class TreeTest : public ArchiveFixture {
  protected:
-  TreeTest() {
-    root_ = folder_.path();
-    umask(022);
-  }
-  URL url(const std::string& name) const { return URL::fileURL((root_ / name).string()); }
+  TreeTest() { umask(022); }
   void makeTree() const {
     fs::create_directories(root_ / "tree/a/b");
     fs::create_directories(root_ / "tree/empty");
@@ -76,20 +66,6 @@ class TreeTest : public testing::Test {
     for (const Entry& entry : *archive) paths.push_back(entry.path());
     return paths;
   }
-  template <class Work>
-  static std::string failureOf(const Work& work) {
-    try {
-      work();
-      return "";
-    } catch (const ZIPError& error) {
-      return std::string(error.name());
-    } catch (const CocoaError& error) {
-      return std::string(error.name());
-    }
-  }
-
-  ScratchFolder folder_;
-  fs::path root_;
 };
 
 TEST_F(TreeTest, GoesInAndComesOutAsItWas) {
@@ -177,9 +153,11 @@ TEST_F(TreeTest, UnpackingRefusesBadPlaces) {
   EXPECT_EQ(readText(root_ / "file"), "mine");
 }
 
-TEST_F(TreeTest, DirectoriesComeFirstAndLinksLast) {
-  write({linkMember("a/l", "b.txt"), fileMember("a/b.txt", "text"), directoryMember("a/")});
-  unzipItem(url("a.zip"), url("out"));
+TEST_F(TreeTest, DirectoriesComeFirstLinksLastAndNamesAreDecodedAsAsked) {
+  Member korean = fileMember("a/\xc7\xd1\xb1\xdb", "text");
+  korean.flags = 0;
+  write({linkMember("a/l", "한글"), korean, directoryMember("a/")});
+  unzipItem(url("a.zip"), url("out"), {.preferredEncoding = platform::StringEncoding::dosKorean});
   EXPECT_EQ(readText(root_ / "out/a/l"), "text");
 }
 
@@ -321,35 +299,11 @@ TEST_F(TreeTest, ProgressEndsFinishedWhateverTheArchiveHolds) {
     EXPECT_EQ(progress.completedUnitCount(), row.total) << row.why;
   }
   EXPECT_FALSE(fs::exists(root_ / "out/g"));
-}
-
-TEST_F(TreeTest, CancellingTheWholeStopsUnpacking) {
-  write({fileMember("f", "x")});
-  Progress progress;
-  progress.cancel();
-  EXPECT_EQ(failureOf([&] { unzipItem(url("a.zip"), url("out"), {.progress = &progress}); }), "cancelledOperation");
-  EXPECT_FALSE(progress.isFinished());
-}
-
-TEST_F(TreeTest, NamesAreDecodedAsAsked) {
-  Member korean = fileMember("\xc7\xd1\xb1\xdb", "k");
-  korean.flags = 0;
-  write({korean});
-  unzipItem(url("a.zip"), url("out"), {.preferredEncoding = platform::StringEncoding::dosKorean});
-  EXPECT_EQ(readText(root_ / "out/한글"), "k");
-}
-
-TEST_F(TreeTest, SpecialPermissionsCanBeMasked) {
-  Member special = fileMember("f", "x");
-  special.externalAttributes = 0106755U << 16;
-  write({special});
-  for (const bool isMasked : {false, true}) {
-    fs::remove_all(root_ / "out");
-    unzipItem(url("a.zip"), url("out"), {.maskSpecialPermissions = isMasked});
-    struct stat status {};
-    stat((root_ / "out/f").c_str(), &status);
-    EXPECT_EQ(status.st_mode & 07777, isMasked ? 0755U : 06755U);
-  }
+  fs::remove_all(root_ / "out");
+  Progress cancelled;
+  cancelled.cancel();
+  EXPECT_EQ(failureOf([&] { unzipItem(url("a.zip"), url("out"), {.progress = &cancelled}); }), "cancelledOperation");
+  EXPECT_FALSE(cancelled.isFinished());
 }
 
 TEST(Containment, ComparesStandardisedTexts) {
