@@ -54,6 +54,14 @@ TEST_F(PasteboardTest, FilesComeFromTheFirstListThatHoldsAny) {
   EXPECT_THAT(pathsOf(NSPasteboard::general().readURLs()), ElementsAre("/in text"));
 }
 
+TEST_F(PasteboardTest, AClipboardThatFailsHasNothing) {
+  offer({{"text/plain;charset=utf-8", "text"}, {"text/uri-list", "file:///a"}});
+  desktop.faults().clipboardFailing = true;
+  EXPECT_EQ(NSPasteboard::general().string(), std::nullopt);
+  EXPECT_THAT(NSPasteboard::general().readURLs(), IsEmpty());
+  EXPECT_FALSE(NSPasteboard::general().offersAny({PasteboardType::kURL}));
+}
+
 TEST_F(PasteboardTest, TextAloneIsNoLocation) {
   offer({{"text/plain;charset=utf-8", "file:///home/a.txt"}});
   EXPECT_THAT(NSPasteboard::general().readURLs(), IsEmpty());

@@ -159,6 +159,21 @@ TEST_F(WindowFrameTest, aLiveResizeAsksAndRespectsLimits) {
   EXPECT_EQ(window->frame(), (Rect{100, 100, 300, 329})) << "not resizable";
 }
 
+TEST_F(WindowFrameTest, aMachineThatNeitherMinimisesNorZoomsLosesNoWindow) {
+  desktop.faults().minimiseUnsupported = desktop.faults().zoomUnsupported = true;
+  const auto window = showWindow();
+  const Rect before = window->frame();
+  window->miniaturize();
+  desktop.settle();
+  window->deminiaturize();
+  window->zoom();
+  desktop.settle();
+  EXPECT_TRUE(window->isVisible());
+  EXPECT_TRUE(surfaceOf(*window).isShown());
+  EXPECT_EQ(window->frame(), before);
+  EXPECT_EQ(surfaceOf(*window).state().frame, before);
+}
+
 TEST_F(WindowFrameTest, theMachineZoomsAndBack) {
   const auto window = showWindow();
   user().click({300, 415}, 2);
