@@ -25,9 +25,6 @@ namespace {
 /// How long the window manager and the toolkit get to agree on a frame that was set.
 constexpr int kSettleMilliseconds = 150;
 constexpr int kMoveStepMilliseconds = 10;
-/// The window manager may still be at the last steps of the pointer when the button comes up.
-constexpr int kRestingSteps = 3;
-constexpr int kAboveLevel = 3;
 constexpr int kUnlimited = (1 << 24) - 1;  // what the toolkit takes for no limit
 
 Qt::CursorShape shapeOf(Cursor cursor) {
@@ -60,6 +57,9 @@ DesktopSurface::DesktopSurface(DesktopWindowHost& host, WindowServices& services
   settleTimer_.setSingleShot(true);
   settleTimer_.setInterval(kSettleMilliseconds);
   QObject::connect(&settleTimer_, &QTimer::timeout, window_, [this] { settle(); });
+  hideTimer_.setSingleShot(true);
+  hideTimer_.setInterval(0);
+  QObject::connect(&hideTimer_, &QTimer::timeout, window_, [this] { window_->setVisible(false); });
   moveTimer_.setInterval(kMoveStepMilliseconds);
   QObject::connect(&moveTimer_, &QTimer::timeout, window_, [this] { followMove(); });
   applyFrame();
@@ -96,10 +96,10 @@ void DesktopSurface::apply(const SurfaceState& state) {
   if (state.visible && !before.visible)
     show();
   else if (!state.visible && before.visible)
-    window_->setVisible(false);
+    hideTimer_.start();
   else if (state.visible &&
            (state.level != before.level || state.skipsTaskbar != before.skipsTaskbar || state.modal != before.modal))
-    showStates();
+    requestStates();
   services_.x.flush();
 }
 
@@ -125,17 +125,21 @@ void DesktopSurface::tellCaret() {
 void DesktopSurface::show() {
   // The window manager minimises what belongs to a window together with it; hidden since, it comes back as it was.
   if (std::exchange(minimised_, false)) window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
+  host_.forgetPlace(*this);
+  hideTimer_.stop();
   window_->setVisible(true);
   // The window manager forgets these when a window is hidden, and the toolkit writes some of them anew.
   window_->setGeometry(requested_);
   services_.x.setTransientFor(id_, parent_);
   services_.x.setFunctions(id_, state_.resizable, state_.minimisable);
-  showStates();
-  settleTimer_.start();
+  requestStates();
+  levelShown_ = !floats();  // where windows begin
 }
 
-void DesktopSurface::showStates() {
-  services_.x.changeState(id_, "_NET_WM_STATE_ABOVE", state_.level >= kAboveLevel);
+void DesktopSurface::requestStates() {
+  levelShown_ = false;
+  settleTimer_.start();
+  services_.x.changeState(id_, "_NET_WM_STATE_ABOVE", floats());
   services_.x.changeState(id_, "_NET_WM_STATE_SKIP_TASKBAR", state_.skipsTaskbar);
   services_.x.changeState(id_, "_NET_WM_STATE_MODAL", state_.modal);
 }
@@ -155,11 +159,13 @@ void DesktopSurface::geometryChanged() {
 
 void DesktopSurface::settle() {
   if (!state_.visible || minimised_) return;
+  const QPointer<SurfaceWindow> window(window_);
   const auto shown = shownFrame();
   if (shown && *shown == requested_ && window_->geometry() != requested_)
     window_->setGeometry(requested_);  // shown right, but the toolkit lost track while the window was hidden
   else
     reportFrame();
+  if (window && window->sink()) keptAboveChanged();
 }
 
 void DesktopSurface::reportFrame() {
@@ -184,6 +190,18 @@ void DesktopSurface::stateChanged() {
   platform::port::SurfaceSink& reported = sink();
   if (minimisedChanged) reported.surfaceMinimised(minimised);
   if (zoomedChanged && window && window->sink()) reported.surfaceZoomed(zoomed);
+}
+
+void DesktopSurface::keptAboveChanged() {
+  // While a request is on its way, or the window off the screen, the property tells nothing of the user.
+  if (settleTimer_.isActive() || !state_.visible || minimised_) return;
+  const bool above = services_.x.hasState(id_, "_NET_WM_STATE_ABOVE");
+  if (above == floats()) {
+    levelShown_ = true;
+  } else if (levelShown_) {
+    state_.level = above ? kFloatingLevel : 0;
+    sink().surfaceKeptAbove(above);
+  }
 }
 
 void DesktopSurface::restack(bool above, Surface* sibling) {
@@ -236,7 +254,6 @@ void DesktopSurface::zoomAlone(bool zoomed) {
 bool DesktopSurface::beginMove() {
   if (!services_.x.supports("_NET_WM_MOVERESIZE") || !window_->startSystemMove()) return false;
   lastMoved_ = requested_;
-  restingSteps_ = 0;
   moveTimer_.start();
   return true;
 }
@@ -244,15 +261,14 @@ bool DesktopSurface::beginMove() {
 /// The window manager takes the pointer during its move and tells at the end, or at each step; the server knows always.
 void DesktopSurface::followMove() {
   const QPointer<SurfaceWindow> window(window_);
-  const bool isPressed = services_.x.pointerState() & XCB_BUTTON_MASK_1;
+  // It may still be at the last steps of the pointer when the button comes up; then it lets go of the pointer.
+  const bool isMoving = services_.x.pointerState() & XCB_BUTTON_MASK_1 || services_.x.isPointerTaken(id_);
   reportFrame();
   if (!window || !window->sink()) return;
-  restingSteps_ = isPressed || requested_ != lastMoved_ ? 0 : restingSteps_ + 1;
-  lastMoved_ = requested_;
-  if (restingSteps_ < kRestingSteps) return;
+  const bool rests = std::exchange(lastMoved_, requested_) == requested_;
+  if (isMoving || !rests) return;
   moveTimer_.stop();
   window->reportLeftUp();
-  if (window && window->sink()) host_.updateActive();
 }
 
 void DesktopSurface::invalidate(const platform::Rect& fromTopLeft) {

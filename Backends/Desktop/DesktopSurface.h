@@ -36,21 +36,28 @@ class DesktopSurface final : public platform::port::Surface {
   SurfaceWindow& window() { return *window_; }
   xcb_window_t id() const { return id_; }
   platform::port::SurfaceSink& sink() { return *window_->sink(); }
+  bool isShown() const { return state_.visible; }
+  /// Whether it belongs above normal windows.
+  bool floats() const { return state_.level >= kFloatingLevel; }
   bool isMoving() const { return moveTimer_.isActive(); }
 
   /// The toolkit says that the window was moved or resized.
   void geometryChanged();
   /// The toolkit says that the window was minimised, zoomed or restored.
   void stateChanged();
+  /// The window manager wrote down whether it keeps the window above others, or something else of its state.
+  void keptAboveChanged();
   /// Compares with what the server says, and reports a difference.
   void reportFrame();
 
  private:
+  static constexpr int kFloatingLevel = 3;
+
   void applyFrame();
+  void requestStates();
   void tellCaret();
   void applyLimits();
   void show();
-  void showStates();
   std::optional<QRect> shownFrame() const;
   void settle();
   void followMove();
@@ -66,11 +73,14 @@ class DesktopSurface final : public platform::port::Surface {
   QRect requested_;
   QRect unzoomed_;  ///< before we zoomed it ourselves
   QTimer settleTimer_;
+  /// Off the screen with the end of the turn: hidden and shown again in one, it stays. A window manager that is still
+  /// at the showing may answer the two with hiding for good.
+  QTimer hideTimer_;
   QTimer moveTimer_;
   QRect lastMoved_;
-  int restingSteps_ = 0;
   bool minimised_ = false;
   bool zoomed_ = false;
+  bool levelShown_ = false;  ///< the window manager has shown the level that was asked for last
   bool textEnabled_ = false;
 };
 

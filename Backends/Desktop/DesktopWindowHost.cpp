@@ -27,7 +27,10 @@ DesktopWindowHost::DesktopWindowHost(std::string identifier, SelectionReader& se
             DesktopSurface* surface = find(window);
             return surface ? &surface->sink() : nullptr;
           },
-          std::move(identifier), selections) {
+          std::move(identifier), selections),
+      windowManager_(services_.x, [this](xcb_window_t window) {
+        if (DesktopSurface* surface = find(window)) surface->keptAboveChanged();
+      }) {
   screensTimer_.setSingleShot(true);
   QObject::connect(&screensTimer_, &QTimer::timeout, &context_, [this] { reportScreens(); });
   QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, &context_, [this] { updateActive(); });
@@ -74,8 +77,13 @@ platform::Point DesktopWindowHost::pointerLocation() const {
 }
 
 void DesktopWindowHost::remove(DesktopSurface& surface) {
+  forgetPlace(surface);
   std::erase(surfaces_, &surface);
   if (active_ == &surface) active_ = nullptr;
+}
+
+void DesktopWindowHost::forgetPlace(const DesktopSurface& surface) {
+  std::erase(order_, surface.id());
 }
 
 DesktopSurface* DesktopWindowHost::find(xcb_window_t window) const {
@@ -90,8 +98,9 @@ bool DesktopWindowHost::exists(const DesktopSurface* surface) const {
 void DesktopWindowHost::updateActive() {
   const QWindow* focused = QGuiApplication::focusWindow();
   if (focused && focused->type() == Qt::Popup) return;
-  // The window manager takes the keyboard for the length of a move; the user knows no such thing.
-  if (active_ && active_->isMoving()) return;
+  // A window manager that takes the keyboard, for the length of a move or of its menu, leaves the focus where it is; so
+  // it is for the user, too. The toolkit has it again with the end of that.
+  if (!focused && find(services_.x.inputFocus())) return;
   const auto found = std::find_if(surfaces_.begin(), surfaces_.end(),
                                   [&](DesktopSurface* surface) { return &surface->window() == focused; });
   DesktopSurface* next = found == surfaces_.end() ? nullptr : *found;
@@ -102,25 +111,64 @@ void DesktopWindowHost::updateActive() {
 }
 
 void DesktopWindowHost::restack(DesktopSurface& surface, bool above, DesktopSurface* sibling) {
+  if (!services_.x.hasWindowManager()) return restackAlone(surface, above, sibling);
   refreshOrder();
+  if (sibling) return restackBeside(surface, above, *sibling);
+  if (above) return raise(surface);
   std::erase(order_, surface.id());
-  const auto at = sibling ? std::find(order_.begin(), order_.end(), sibling->id()) : order_.end();
-  if (sibling && at == order_.end()) return;
-  auto place = sibling ? order_.insert(above ? std::next(at) : at, surface.id())
-                       : order_.insert(above ? order_.end() : order_.begin(), surface.id());
+  order_.insert(order_.begin(), surface.id());
   sinceRestack_.start();
-  if (sibling && !services_.x.hasWindowManager()) return services_.x.stack(surface.id(), above, sibling->id());
-  if (!sibling && !above) return surface.window().lower();
-  // Window managers agree on raising alone: everything of ours that belongs above follows, from low to high.
-  for (; place != order_.end(); ++place) find(*place)->window().raise();
+  surface.window().lower();
+}
+
+void DesktopWindowHost::restackAlone(DesktopSurface& surface, bool above, const DesktopSurface* sibling) {
+  if (sibling)
+    services_.x.stack(surface.id(), above, sibling->id());
+  else
+    above ? surface.window().raise() : surface.window().lower();
+}
+
+/// Window managers agree on raising alone: everything of ours that belongs above follows, from low to high.
+void DesktopWindowHost::restackBeside(DesktopSurface& surface, bool above, const DesktopSurface& sibling) {
+  std::vector<DesktopSurface*> present;
+  for (const xcb_window_t window : order_)
+    if (DesktopSurface* each = find(window)) present.push_back(each);
+  std::vector<DesktopSurface*> wanted = present;
+  std::erase(wanted, &surface);
+  const auto at = std::find(wanted.begin(), wanted.end(), &sibling);
+  if (at == wanted.end()) return;
+  auto place = wanted.insert(above ? std::next(at) : at, &surface);
+  if (wanted == present) return;
+  for (; place != wanted.end(); ++place) raise(**place);
+}
+
+void DesktopWindowHost::raise(DesktopSurface& surface) {
+  std::erase(order_, surface.id());
+  if (order_.empty()) return;
+  services_.x.raiseAbove(surface.id(), order_.back());
+  auto place = order_.end();
+  while (!surface.floats() && place != order_.begin() && floats(*std::prev(place))) --place;
+  order_.insert(place, surface.id());
+  sinceRestack_.start();
+}
+
+/// Whether the window manager keeps the window above normal ones.
+bool DesktopWindowHost::floats(xcb_window_t window) {
+  const DesktopSurface* surface = find(window);
+  return surface ? surface->floats() : services_.x.isKeptAbove(window);
 }
 
 /// The order as the window manager tells, unless it may still be at work on what we asked for.
 void DesktopWindowHost::refreshOrder() {
   if (!sinceRestack_.isValid() || sinceRestack_.elapsed() > kRestackMilliseconds) order_ = services_.x.stacking();
-  std::erase_if(order_, [this](xcb_window_t window) { return !find(window); });
+  std::erase_if(order_, [this](xcb_window_t window) {
+    const DesktopSurface* surface = find(window);
+    return surface && !surface->isShown();
+  });
+  // What it doesn't know yet lies wherever it likes: below all until it is raised.
   for (const DesktopSurface* surface : surfaces_)
-    if (std::find(order_.begin(), order_.end(), surface->id()) == order_.end()) order_.push_back(surface->id());
+    if (surface->isShown() && std::find(order_.begin(), order_.end(), surface->id()) == order_.end())
+      order_.insert(order_.begin(), surface->id());
 }
 
 }  // namespace desktop

@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <vector>
 
+#include "Backends/Desktop/WindowManagerEvents.h"
 #include "Backends/Desktop/WindowServices.h"
 #include "Platform/Port/WindowHost.h"
 
@@ -34,6 +35,8 @@ class DesktopWindowHost final : public platform::port::WindowHost {
   void remove(DesktopSurface& surface);
   /// Puts `surface` directly above or below `sibling` (null: all).
   void restack(DesktopSurface& surface, bool above, DesktopSurface* sibling);
+  /// The window manager takes a surface anew and puts it where it likes.
+  void forgetPlace(const DesktopSurface& surface);
   /// Reports which surface has the focus now, if that is news. The one that gets it hears before the one that lost it,
   /// so that the application doesn't seem to resign in between.
   void updateActive();
@@ -41,14 +44,19 @@ class DesktopWindowHost final : public platform::port::WindowHost {
  private:
   DesktopSurface* find(xcb_window_t window) const;
   bool exists(const DesktopSurface* surface) const;
+  void restackAlone(DesktopSurface& surface, bool above, const DesktopSurface* sibling);
+  void restackBeside(DesktopSurface& surface, bool above, const DesktopSurface& sibling);
+  void raise(DesktopSurface& surface);
+  bool floats(xcb_window_t window);
   void refreshOrder();
   void watchScreen(QScreen* screen);
   void reportScreens();
 
   WindowServices services_;
+  WindowManagerEvents windowManager_;
   std::vector<DesktopSurface*> surfaces_;
   DesktopSurface* active_ = nullptr;
-  std::vector<xcb_window_t> order_;  ///< ours, from the lowest to the highest
+  std::vector<xcb_window_t> order_;  ///< from the lowest to the highest, those of others too
   QElapsedTimer sinceRestack_;
   QObject context_;
   QTimer screensTimer_;

@@ -257,7 +257,9 @@ bool SurfaceWindow::event(QEvent* event) {
 
 void SurfaceWindow::reportButton(const QMouseEvent& event, bool down) {
   if (event.button() == Qt::LeftButton) {
-    if (!down && !leftDown_) return;
+    // The toolkit takes the button for released when the window manager begins or ends a move; the surface knows
+    // better.
+    if (!down && (!leftDown_ || surface_->isMoving())) return;
     leftDown_ = down;
   }
   reportPointer(actionOf(event.button(), down), event.globalPosition(), event.modifiers());

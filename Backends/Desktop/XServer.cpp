@@ -71,19 +71,23 @@ bool XServer::hasCompositor() {
   return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
-void XServer::sendToRoot(xcb_window_t window, const std::string& message, const std::uint32_t (&data)[5]) {
+void XServer::sendToRoot(const void* event) {
+  xcb_send_event(connection_, 0, root_, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                 static_cast<const char*>(event));
+}
+
+void XServer::sendMessage(xcb_window_t window, const std::string& message, const std::uint32_t (&data)[5]) {
   xcb_client_message_event_t event{};
   event.response_type = XCB_CLIENT_MESSAGE;
   event.format = 32;
   event.window = window;
   event.type = atom(message);
   std::copy(std::begin(data), std::end(data), event.data.data32);
-  xcb_send_event(connection_, 0, root_, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
-                 reinterpret_cast<const char*>(&event));
+  sendToRoot(&event);
 }
 
 void XServer::changeState(xcb_window_t window, const std::string& state, bool on) {
-  sendToRoot(window, "_NET_WM_STATE", {on ? 1U : 0U, atom(state), 0, kFromApplication, 0});
+  sendMessage(window, "_NET_WM_STATE", {on ? 1U : 0U, atom(state), 0, kFromApplication, 0});
 }
 
 void XServer::stack(xcb_window_t window, bool above, xcb_window_t sibling) {
@@ -92,8 +96,34 @@ void XServer::stack(xcb_window_t window, bool above, xcb_window_t sibling) {
   xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE, values);
 }
 
+void XServer::raiseAbove(xcb_window_t window, xcb_window_t top) {
+  // Events are sent in full length, also those that are shorter.
+  union {
+    xcb_configure_request_event_t request;
+    xcb_generic_event_t whole;
+  } event{};
+  event.request.response_type = XCB_CONFIGURE_REQUEST;
+  event.request.stack_mode = XCB_STACK_MODE_ABOVE;
+  event.request.parent = root_;
+  event.request.window = window;
+  event.request.sibling = top;
+  event.request.value_mask = XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE;
+  sendToRoot(&event);
+}
+
 std::vector<xcb_window_t> XServer::stacking() {
   return property(root_, "_NET_CLIENT_LIST_STACKING", XCB_ATOM_WINDOW);
+}
+
+bool XServer::hasState(xcb_window_t window, const std::string& state) {
+  const auto states = property(window, "_NET_WM_STATE", XCB_ATOM_ATOM);
+  return std::find(states.begin(), states.end(), atom(state)) != states.end();
+}
+
+bool XServer::isKeptAbove(xcb_window_t window) {
+  const auto types = property(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM);
+  const bool isDock = std::find(types.begin(), types.end(), atom("_NET_WM_WINDOW_TYPE_DOCK")) != types.end();
+  return isDock || hasState(window, "_NET_WM_STATE_ABOVE") || hasState(window, "_NET_WM_STATE_FULLSCREEN");
 }
 
 int XServer::processOf(xcb_window_t window) {
@@ -102,7 +132,7 @@ int XServer::processOf(xcb_window_t window) {
 }
 
 void XServer::activateForUser(xcb_window_t window) {
-  sendToRoot(window, "_NET_ACTIVE_WINDOW", {kFromPager, XCB_CURRENT_TIME, 0, 0, 0});
+  sendMessage(window, "_NET_ACTIVE_WINDOW", {kFromPager, XCB_CURRENT_TIME, 0, 0, 0});
 }
 
 void XServer::setTransientFor(xcb_window_t window, xcb_window_t parent) {
@@ -145,9 +175,22 @@ std::optional<QRect> XServer::geometry(xcb_window_t window) {
   return QRect(place->dst_x, place->dst_y, size->width, size->height);
 }
 
+xcb_window_t XServer::inputFocus() {
+  const auto reply = owned(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+  return reply ? reply->focus : xcb_window_t{XCB_WINDOW_NONE};
+}
+
 std::uint16_t XServer::pointerState() {
   const auto reply = owned(xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, root_), nullptr));
   return reply ? reply->mask : std::uint16_t{0};
+}
+
+bool XServer::isPointerTaken(xcb_window_t window) {
+  const auto cookie = xcb_grab_pointer(connection_, 0, window, 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC,
+                                       XCB_WINDOW_NONE, XCB_CURSOR_NONE, XCB_CURRENT_TIME);
+  xcb_ungrab_pointer(connection_, XCB_CURRENT_TIME);
+  const auto reply = owned(xcb_grab_pointer_reply(connection_, cookie, nullptr));
+  return reply && (reply->status == XCB_GRAB_STATUS_ALREADY_GRABBED || reply->status == XCB_GRAB_STATUS_FROZEN);
 }
 
 bool XServer::isDown(std::uint8_t keycode) {

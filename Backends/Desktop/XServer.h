@@ -33,8 +33,14 @@ class XServer {
   /// Puts the window directly above or below `sibling`. Only without a window manager: all of those that reparent
   /// refuse it, and what they take instead (_NET_RESTACK_WINDOW) some don't know and some answer by a plain raise.
   void stack(xcb_window_t window, bool above, xcb_window_t sibling);
+  /// Asks the window manager to raise the window over `top`, the highest one (ICCCM 4.1.5). Of a raise that names no
+  /// sibling some window managers believe that the user is meant to look at the window, and activate it.
+  void raiseAbove(xcb_window_t window, xcb_window_t top);
   /// Managed windows from the lowest to the highest, as the window manager tells.
   std::vector<xcb_window_t> stacking();
+  bool hasState(xcb_window_t window, const std::string& state);
+  /// Whether the window belongs to one of the layers over that of normal windows.
+  bool isKeptAbove(xcb_window_t window);
   /// The process that a window says it belongs to; 0 for none.
   int processOf(xcb_window_t window);
   /// Asks for a window to be shown and given the focus, as a pager does for its user: a window manager that keeps
@@ -50,14 +56,19 @@ class XServer {
 
   /// Where the window really is, in pixels of the root window; nothing for a window that is gone.
   std::optional<QRect> geometry(xcb_window_t window);
+  /// The window with the focus, grabbed keyboard or not; one that is nobody's for none.
+  xcb_window_t inputFocus();
   /// Buttons and modifiers that are down now, as the core protocol's state mask.
   std::uint16_t pointerState();
+  /// Whether another program has grabbed the pointer; found out by grabbing it for a moment in the name of `window`.
+  bool isPointerTaken(xcb_window_t window);
   /// Whether the hardware key is held, auto-repeat or not.
   bool isDown(std::uint8_t keycode);
 
  private:
   std::vector<std::uint32_t> property(xcb_window_t window, const std::string& name, xcb_atom_t type);
-  void sendToRoot(xcb_window_t window, const std::string& message, const std::uint32_t (&data)[5]);
+  void sendToRoot(const void* event);
+  void sendMessage(xcb_window_t window, const std::string& message, const std::uint32_t (&data)[5]);
 
   xcb_connection_t* connection_;
   xcb_window_t root_;

@@ -84,6 +84,11 @@ void HeadlessWindowHost::userZooms(HeadlessSurface& surface, bool zoomed) {
   changeZoomed(surface, zoomed);
 }
 
+void HeadlessWindowHost::userKeepsAbove(HeadlessSurface& surface, bool above) {
+  surface.state_.level = above ? 3 : 0;
+  report(surface, [above](SurfaceSink& sink) { sink.surfaceKeptAbove(above); });
+}
+
 void HeadlessWindowHost::userCloses(HeadlessSurface& surface) {
   report(surface, [](SurfaceSink& sink) { sink.surfaceCloseRequested(); });
 }

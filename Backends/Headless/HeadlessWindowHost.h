@@ -46,6 +46,7 @@ class HeadlessWindowHost final : public platform::port::WindowHost {
   void userDeactivatesAll();
   void userMinimises(HeadlessSurface& surface, bool minimised = true);
   void userZooms(HeadlessSurface& surface, bool zoomed = true);
+  void userKeepsAbove(HeadlessSurface& surface, bool above = true);
   void userCloses(HeadlessSurface& surface);
 
   /// Keeps reports of activation, frames, minimising and zooming back, as a slow window manager; false lets them go.

@@ -215,6 +215,10 @@ void NSWindow::surfaceZoomed(bool zoomed) {
   zoomed_ = zoomed;
 }
 
+void NSWindow::surfaceKeptAbove(bool above) {
+  setLevel(above ? WindowLevel::kFloating : WindowLevel::kNormal);
+}
+
 void NSWindow::surfaceActivated(bool active) {
   const auto alive = self();
   NSApplication::shared().surfaceActivated(*this, active);

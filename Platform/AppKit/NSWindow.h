@@ -300,6 +300,7 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   void surfaceActivated(bool active) override;
   void surfaceMinimised(bool minimised) override;
   void surfaceZoomed(bool zoomed) override;
+  void surfaceKeptAbove(bool above) override;
   void surfaceCloseRequested() override;
   void surfacePointer(const port::PointerInput& input) override;
   void surfaceWheel(const port::WheelInput& input) override;

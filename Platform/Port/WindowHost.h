@@ -67,6 +67,8 @@ class SurfaceSink {
   virtual void surfaceActivated(bool active) = 0;
   virtual void surfaceMinimised(bool minimised) = 0;
   virtual void surfaceZoomed(bool zoomed) = 0;
+  /// The user had the surface put above normal windows, or back among them.
+  virtual void surfaceKeptAbove(bool above) = 0;
   virtual void surfaceCloseRequested() = 0;
   virtual void surfacePointer(const PointerInput& input) = 0;
   virtual void surfaceWheel(const WheelInput& input) = 0;

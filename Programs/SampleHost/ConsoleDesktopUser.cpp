@@ -101,6 +101,9 @@ void addWindowManager(ConsoleCalls& calls) {
   calls.add("userZooms", [](ConsoleContext& c, WindowReference w, bool zoomed) {
     c.headless().windows().userZooms(surfaceAt(c, w), zoomed);
   });
+  calls.add("userKeepsAbove", [](ConsoleContext& c, WindowReference w, bool above) {
+    c.headless().windows().userKeepsAbove(surfaceAt(c, w), above);
+  });
   calls.add("userCloses",
             [](ConsoleContext& c, WindowReference w) { c.headless().windows().userCloses(surfaceAt(c, w)); });
 }

@@ -20,6 +20,7 @@ class RecordingSink : public platform::port::SurfaceSink {
   void surfaceActivated(bool isActive) override { active = isActive; }
   void surfaceMinimised(bool isMinimised) override { minimised = isMinimised; }
   void surfaceZoomed(bool isZoomed) override { zoomed = isZoomed; }
+  void surfaceKeptAbove(bool above) override { keptAbove = above; }
   void surfaceCloseRequested() override { ++closeRequests; }
   void surfacePointer(const platform::port::PointerInput& input) override {
     pointers.push_back(input);
@@ -73,7 +74,7 @@ class RecordingSink : public platform::port::SurfaceSink {
 
   int paints = 0;
   std::vector<platform::Rect> frames;
-  bool active = false, minimised = false, zoomed = false;
+  bool active = false, minimised = false, zoomed = false, keptAbove = false;
   int closeRequests = 0;
   std::vector<platform::port::PointerInput> pointers;
   std::vector<platform::port::WheelInput> wheels;

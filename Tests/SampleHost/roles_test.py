@@ -50,6 +50,21 @@ class RolesCase(unittest.TestCase):
     def place(self, handle):
         return self.server.place(handle)
 
+    def drag(self, *step, steps):
+        """Drags the main window by its title bar, and waits until the host has told of its end."""
+        self.host.take()
+        x, y = self.title_bar()
+        run("xdotool", "mousemove", x, y, "mousedown", 1)
+        for number in range(1, steps + 1):
+            run("xdotool", "mousemove", x + step[0] * number, y + step[1] * number)
+        run("xdotool", "mouseup", 1)
+        self.until(lambda: any(line.get("posted") == "mirelo_parentWindowFrame" for line in self.host.take()), "the drag ends")
+
+    def rests(self):
+        """Whether the server shows the main window where the model has it."""
+        frame = self.read("main", "frame")
+        return self.place(self.main) == (frame["x"], self.screen - frame["y"] - frame["height"])
+
     def offsets(self):
         x, y = self.place(self.main)
         return {name: (px - x, py - y) for name, (px, py) in ((n, self.place(h)) for n, h in self.family.items())}
@@ -63,7 +78,11 @@ class RolesCase(unittest.TestCase):
 
     def stacking(self):
         """Ours, from the lowest to the highest, as the window manager tells."""
-        words = run("xprop", "-root", "_NET_CLIENT_LIST_STACKING").replace(",", " ").split()
+        return self.listed("_NET_CLIENT_LIST_STACKING")
+
+    def listed(self, name):
+        """The windows in a property of the root window."""
+        words = run("xprop", "-root", name).replace(",", " ").split()
         return [int(word, 16) for word in words if word.startswith("0x")]
 
     def has_state(self, handle, state):
@@ -102,12 +121,8 @@ class Children(RolesCase):
         start = {name: self.place(frame) for name, frame in frames.items()}
         for frame in frames.values():
             self.server.watch(frame)
-        x, y = self.title_bar()
-        run("xdotool", "mousemove", x, y, "mousedown", 1)
-        for step in range(1, 41):
-            run("xdotool", "mousemove", x - 3 * step, y + 2 * step)
-        run("xdotool", "mouseup", 1)
-        self.until(lambda: self.place(self.main)[0] < start["main"][0] - 90, "the window was dragged")
+        self.drag(-3, 2, steps=40)
+        self.until(self.rests, "the window manager has worked off all steps")
         self.until(lambda: self.offsets() == self.expected, "the children rest where they belong")
 
         parent_steps = [(0, 0)]
@@ -183,6 +198,15 @@ class Levels(RolesCase):
             self.host.call("window:main", "setIsWindowHidden", True)
             self.until(lambda: not self.is_mapped(main), "it is hidden")
 
+    def test_the_user_has_the_window_manager_keep_it_above(self):
+        main = self.open("main", MAIN)
+        for expected in (True, False, True):
+            self.server.ask_for_state(main, "ABOVE", expected)
+            self.until(lambda e=expected: self.host.call("window:main", "alwaysOnTop") == e, f"{expected} is heard")
+        self.host.call("window:main", "setAlwaysOnTop", False)
+        self.until(lambda: not self.has_state(main, "ABOVE"), "the host takes it back")
+        self.assertFalse(self.host.call("window:main", "alwaysOnTop"))
+
 
 class Popover(RolesCase):
     def test_it_floats_at_its_place_fades_in_and_closes_with_main(self):
@@ -209,7 +233,7 @@ class Sheet(RolesCase):
         self.until(lambda: self.is_mapped(self.sheet), "it is shown")
 
     def active(self):
-        return int(run("xprop", "-root", "_NET_ACTIVE_WINDOW").split()[-1], 16)
+        return self.listed("_NET_ACTIVE_WINDOW")[0]
 
     def below_title_bar(self):
         x, y = self.place(self.main)
@@ -235,13 +259,10 @@ class Sheet(RolesCase):
 
     def test_it_moves_with_its_parent(self):
         self.until(self.below_title_bar, "it hangs below the title bar")
-        x, y = self.title_bar()
         start = self.place(self.main)
-        run("xdotool", "mousemove", x, y, "mousedown", 1)
-        for step in range(1, 21):
-            run("xdotool", "mousemove", x + 4 * step, y + 3 * step)
-        run("xdotool", "mouseup", 1)
-        self.until(lambda: self.place(self.main)[0] > start[0] + 50, "dragged by the title bar")
+        self.drag(4, 3, steps=20)
+        self.until(self.rests, "the window manager has worked off all steps")
+        self.assertGreater(self.place(self.main)[0], start[0] + 50)
         self.until(self.below_title_bar, "it is there")
         run("xdotool", "windowmove", self.main, 250, 90)
         self.until(lambda: self.place(self.main) == (250, 90) and self.below_title_bar(), "moved by the window manager")
@@ -295,7 +316,7 @@ class Companion(RolesCase):
         self.until(lambda: self.read("main", "frame")["x"] > MAIN["x"] + 40, "the window moves")
         self.assertEqual(heard(), [], "nothing before the button is up")
         run("xdotool", "mouseup", 1)
-        self.until(lambda: len(heard()) == 1, f"one frame after the move: {self.heard}")
+        self.until(lambda: len(heard()) == 1, lambda: f"one frame after the move: {self.heard}")
         run("xdotool", "mousemove", x + 80, y + 260, "click", 1)
         for _ in range(2):
             self.host.desktop("setFrame", "main", rect(100, 120, 300, 310))

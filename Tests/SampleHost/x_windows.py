@@ -2,7 +2,9 @@
 
 import ctypes
 
-STRUCTURE_NOTIFY_MASK, CONFIGURE_NOTIFY = 1 << 17, 22
+STRUCTURE_NOTIFY_MASK, CONFIGURE_NOTIFY, CLIENT_MESSAGE = 1 << 17, 22, 33
+TO_WINDOW_MANAGER = 1 << 19 | 1 << 20  # substructure notify and redirect
+FROM_PAGER = 2
 
 
 class ConfigureEvent(ctypes.Structure):
@@ -12,8 +14,23 @@ class ConfigureEvent(ctypes.Structure):
                 ("above", ctypes.c_ulong), ("override_redirect", ctypes.c_int)]
 
 
+class ClientMessage(ctypes.Structure):
+    _fields_ = [("type", ctypes.c_int), ("serial", ctypes.c_ulong), ("send_event", ctypes.c_int),
+                ("display", ctypes.c_void_p), ("window", ctypes.c_ulong), ("message_type", ctypes.c_ulong),
+                ("format", ctypes.c_int), ("data", ctypes.c_long * 5)]
+
+
 class Event(ctypes.Union):
-    _fields_ = [("type", ctypes.c_int), ("configure", ConfigureEvent), ("pad", ctypes.c_long * 24)]
+    _fields_ = [("type", ctypes.c_int), ("configure", ConfigureEvent), ("message", ClientMessage), ("pad", ctypes.c_long * 24)]
+
+
+ErrorHandler = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_void_p, ctypes.c_void_p)
+
+
+@ErrorHandler
+def go_on(_display, _error):
+    """The call that went wrong says so itself."""
+    return 0
 
 
 class XServer:
@@ -24,17 +41,18 @@ class XServer:
         self.display = ctypes.c_void_p(self.x11.XOpenDisplay(None))
         if not self.display:
             raise RuntimeError("there is no display")
+        self.x11.XSetErrorHandler(go_on)
         self.root = ctypes.c_ulong(self.x11.XDefaultRootWindow(self.display))
 
     def close(self):
         self.x11.XCloseDisplay(self.display)
 
     def place(self, window):
-        """Pixels from the screen's top left corner; the window must exist."""
+        """Pixels from the screen's top left corner; nothing for a window that is gone."""
         x, y, child = ctypes.c_int(), ctypes.c_int(), ctypes.c_ulong()
-        self.x11.XTranslateCoordinates(self.display, ctypes.c_ulong(window), self.root, 0, 0, ctypes.byref(x),
-                                       ctypes.byref(y), ctypes.byref(child))
-        return x.value, y.value
+        found = self.x11.XTranslateCoordinates(self.display, ctypes.c_ulong(window), self.root, 0, 0, ctypes.byref(x),
+                                               ctypes.byref(y), ctypes.byref(child))
+        return (x.value, y.value) if found else None
 
     def top_level(self, window):
         """The window manager's frame around the window, or the window itself where there is none."""
@@ -49,6 +67,15 @@ class XServer:
             if parent.value == root.value:
                 return window
             window = parent.value
+
+    def ask_for_state(self, window, state, on):
+        """Has the window manager change a _NET_WM_STATE, as its menu or a pager does for the user."""
+        self.x11.XInternAtom.restype = ctypes.c_ulong
+        atom = lambda name: self.x11.XInternAtom(self.display, name.encode(), 0)
+        event = Event(message=ClientMessage(type=CLIENT_MESSAGE, window=window, message_type=atom("_NET_WM_STATE"), format=32))
+        event.message.data[:] = [int(on), atom(f"_NET_WM_STATE_{state}"), 0, FROM_PAGER, 0]
+        self.x11.XSendEvent(self.display, self.root, 0, ctypes.c_long(TO_WINDOW_MANAGER), ctypes.byref(event))
+        self.x11.XSync(self.display, 0)
 
     def watch(self, window):
         """From now on `steps` tells of it."""
