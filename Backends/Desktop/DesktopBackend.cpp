@@ -16,6 +16,7 @@
 #include "Backends/Desktop/DesktopDock.h"
 #include "Backends/Desktop/DesktopFileIcons.h"
 #include "Backends/Desktop/DesktopFileOpener.h"
+#include "Backends/Desktop/DesktopFilePanels.h"
 #include "Backends/Desktop/DesktopLoop.h"
 #include "Backends/Desktop/DesktopMenus.h"
 #include "Backends/Desktop/DesktopPresence.h"
@@ -73,8 +74,12 @@ platform::port::Folders userFolders() {
   const auto folder = [](QStandardPaths::StandardLocation location) {
     return std::filesystem::path(QStandardPaths::writableLocation(location).toStdString());
   };
-  return {QDir::homePath().toStdString(), folder(QStandardPaths::GenericConfigLocation),
-          folder(QStandardPaths::GenericDataLocation), folder(QStandardPaths::GenericCacheLocation), systemConfig()};
+  return {QDir::homePath().toStdString(),
+          folder(QStandardPaths::GenericConfigLocation),
+          folder(QStandardPaths::GenericDataLocation),
+          folder(QStandardPaths::GenericCacheLocation),
+          folder(QStandardPaths::DownloadLocation),
+          systemConfig()};
 }
 
 /// Deletes what all parts after it have given up.
@@ -104,6 +109,7 @@ struct DesktopBackend::Parts {
   DesktopApplications applications;
   DesktopDock dock;
   DesktopFileOpener fileOpener{bus};
+  DesktopFilePanels filePanels{bus};
   DesktopFileIcons fileIcons;
   DesktopPresence presence{bus};
   DesktopTray tray;
@@ -157,6 +163,10 @@ platform::port::Dock* DesktopBackend::dock() {
 
 platform::port::FileOpener* DesktopBackend::fileOpener() {
   return &parts_->fileOpener;
+}
+
+platform::port::FilePanels* DesktopBackend::filePanels() {
+  return &parts_->filePanels;
 }
 
 platform::port::FileIcons* DesktopBackend::fileIcons() {

@@ -32,6 +32,7 @@ class DesktopBackend final : public platform::port::Backend {
   platform::port::Applications* applications() override;
   platform::port::Dock* dock() override;
   platform::port::FileOpener* fileOpener() override;
+  platform::port::FilePanels* filePanels() override;
   platform::port::FileIcons* fileIcons() override;
   platform::port::Presence* presence() override;
   platform::port::Tray* tray() override;

@@ -5,11 +5,9 @@
 #include <QPainter>
 #include <QPixmap>
 #include <QStringList>
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
 
 #include "Backends/Desktop/IconTheme.h"
+#include "Backends/Desktop/Pictures.h"
 
 namespace desktop {
 
@@ -40,16 +38,6 @@ QImage drawn(const QIcon& icon, int side) {
   painter.setRenderHint(QPainter::SmoothPixmapTransform);
   painter.drawPixmap(place, pixmap);
   return image;
-}
-
-Bitmap bitmapOf(const QImage& image) {
-  Bitmap bitmap{image.width(), image.height(), 1, {}};
-  bitmap.pixels.resize(static_cast<std::size_t>(image.width()) * static_cast<std::size_t>(image.height()));
-  const auto width = static_cast<std::size_t>(image.width());
-  for (int row = 0; row < image.height(); ++row)
-    std::memcpy(bitmap.pixels.data() + static_cast<std::size_t>(row) * width, image.constScanLine(row),
-                width * sizeof(std::uint32_t));
-  return bitmap;
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "Backends/Desktop/Coordinates.h"
+#include "Backends/Desktop/Pictures.h"
 
 namespace desktop {
 
@@ -67,16 +68,6 @@ QIcon iconOf(const Bitmap& bitmap) {
                QImage::Format_ARGB32_Premultiplied);
   image.setDevicePixelRatio(bitmap.scale);
   return QIcon(QPixmap::fromImage(image));
-}
-
-Bitmap bitmapOf(const QImage& any) {
-  const QImage image = any.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-  Bitmap bitmap{image.width(), image.height(), image.devicePixelRatio(), {}};
-  for (int y = 0; y < image.height(); ++y) {
-    const auto* row = reinterpret_cast<const std::uint32_t*>(image.constScanLine(y));
-    bitmap.pixels.insert(bitmap.pixels.end(), row, row + image.width());
-  }
-  return bitmap;
 }
 
 void fill(QMenu& menu, const std::vector<MenuEntry>& entries) {

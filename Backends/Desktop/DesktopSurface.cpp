@@ -205,13 +205,14 @@ void DesktopSurface::keptAboveChanged() {
 }
 
 void DesktopSurface::restack(bool above, Surface* sibling) {
-  auto* other = static_cast<DesktopSurface*>(sibling);
+  auto* other = dynamic_cast<DesktopSurface*>(sibling);
+  if (sibling && !other) return;  // a dialog that has its own mind about its place
   host_.restack(*this, above, other);
   services_.x.flush();
 }
 
 void DesktopSurface::setParent(Surface* parent) {
-  parent_ = parent ? static_cast<DesktopSurface*>(parent)->id_ : 0;
+  parent_ = parent ? static_cast<xcb_window_t>(parent->nativeHandle()) : 0;
   services_.x.setTransientFor(id_, parent_);
   services_.x.flush();
 }

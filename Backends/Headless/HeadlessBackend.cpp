@@ -17,6 +17,7 @@ platform::port::Folders makeFolders() {
           .config = home / ".config",
           .data = home / ".local/share",
           .cache = home / ".cache",
+          .downloads = home / "Downloads",
           .systemConfig = {home / "etc/xdg"}};
 }
 

@@ -7,6 +7,7 @@
 #include "Backends/Headless/HeadlessDock.h"
 #include "Backends/Headless/HeadlessFileIcons.h"
 #include "Backends/Headless/HeadlessFileOpener.h"
+#include "Backends/Headless/HeadlessFilePanels.h"
 #include "Backends/Headless/HeadlessInputMethod.h"
 #include "Backends/Headless/HeadlessLoop.h"
 #include "Backends/Headless/HeadlessMenus.h"
@@ -22,7 +23,7 @@ namespace headless {
 
 struct HeadlessOptions {
   bool hasBroadcast = true;
-  bool hasShell = true;  ///< a dock, a file manager, an icon theme, a status bar
+  bool hasShell = true;  ///< a dock, a file manager, file panels, an icon theme, a status bar
   bool hasMenus = true;
 };
 
@@ -51,6 +52,7 @@ class HeadlessBackend final : public platform::port::Backend {
   HeadlessApplications* applications() override { return &applications_; }
   HeadlessDock* dock() override { return options_.hasShell ? &dock_ : nullptr; }
   HeadlessFileOpener* fileOpener() override { return options_.hasShell ? &fileOpener_ : nullptr; }
+  HeadlessFilePanels* filePanels() override { return options_.hasShell ? &filePanels_ : nullptr; }
   HeadlessFileIcons* fileIcons() override { return options_.hasShell ? &fileIcons_ : nullptr; }
   HeadlessPresence* presence() override { return &presence_; }
   HeadlessTray* tray() override { return options_.hasShell ? &tray_ : nullptr; }
@@ -81,6 +83,7 @@ class HeadlessBackend final : public platform::port::Backend {
   HeadlessApplications applications_{journal_};
   HeadlessDock dock_{journal_};
   HeadlessFileOpener fileOpener_{loop_, journal_, faults_};
+  HeadlessFilePanels filePanels_{loop_, windows_, journal_};
   HeadlessFileIcons fileIcons_;
   HeadlessPresence presence_{loop_, faults_};
   HeadlessTray tray_{loop_, journal_};

@@ -52,8 +52,7 @@ int NSApplication::runModal(const std::shared_ptr<NSWindow>& window) {
   if (!window->isVisible()) window->center();
   window->makeKeyAndOrderFront(nullptr);
   if (window->isVisible()) window->setLevel(std::max(window->level(), ordered_.front()->effectiveLevel()));
-  if (window->surface_ && !window->parent_ && main_ && main_ != window.get())
-    window->surface_->setParent(main_->surface_.get());
+  window->belongToMainWindow();
   RunLoop::main().runUntil([&] { return session.isOver(); }, std::numeric_limits<double>::infinity());
   return session.response;
 }

@@ -92,7 +92,7 @@ std::string NSTextField::stringValue() const {
 }
 
 void NSTextField::setStringValue(const std::string& utf8) {
-  text_ = onOneLine(plainText(utf8));
+  text_ = singleLine_ ? onOneLine(plainText(utf8)) : plainText(utf8);
   setNeedsDisplay();
   if (!editor_) return;
   const auto editor = editor_;

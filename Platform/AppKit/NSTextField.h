@@ -33,8 +33,12 @@ class PLATFORM_EXPORT NSTextField : public NSControl {
 
   /// The text as it stands, also in the middle of editing and composing.
   std::string stringValue() const;
-  /// Line ends become blanks. The delegate doesn't hear of it; editing goes on with the new text, a composition ends.
+  /// Line ends become blanks, in a field of one line. The delegate doesn't hear of it; editing goes on with the new
+  /// text, a composition ends.
   void setStringValue(const std::string& utf8);
+  /// True at first. A field of several lines keeps line ends; how it shows and scrolls them is its subclass's business.
+  bool usesSingleLineMode() const { return singleLine_; }
+  void setUsesSingleLineMode(bool singleLine) { singleLine_ = singleLine; }
   /// Shown while there is no text.
   const std::string& placeholderString() const { return placeholder_; }
   void setPlaceholderString(std::string utf8);
@@ -72,6 +76,7 @@ class PLATFORM_EXPORT NSTextField : public NSControl {
   std::u16string text_;
   std::string placeholder_;
   Font font_;
+  bool singleLine_ = true;
   bool selectable_ = true;
   std::weak_ptr<NSTextFieldDelegate> delegate_;
   std::shared_ptr<NSClipView> clip_;  ///< while the text is being edited, like the editor in it

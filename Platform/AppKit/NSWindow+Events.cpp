@@ -1,6 +1,7 @@
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSTextInputClient.h"
 #include "Platform/AppKit/NSThemeFrame.h"
+#include "Platform/AppKit/NSViewController.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/Session.h"
 
@@ -47,6 +48,11 @@ void NSWindow::setContentView(std::shared_ptr<NSView> view) {
   content->setAutoresizingMask(0);
   content->setFrame(contentRectForFrameRect(frame_).offsetBy({-frame_.x, -frame_.y}));
   themeFrame_->addSubview(content);
+}
+
+void NSWindow::setContentViewController(std::shared_ptr<NSViewController> controller) {
+  contentViewController_ = std::move(controller);
+  if (contentViewController_) setContentView(contentViewController_->view());
 }
 
 std::shared_ptr<NSResponder> NSWindow::firstResponder() {

@@ -97,6 +97,7 @@ void NSWindow::close() {
   if (const auto sheetParent = sheetParent_ ? sheetParent_->self() : nullptr)
     attempt([&] { sheetParent->endSheet(*this, ModalResponse::kAbort); });
   attempt([&] { finishClosing(); });
+  attempt([&] { didClose(); });
   attempt.finish();
 }
 
@@ -113,9 +114,18 @@ void NSWindow::finishClosing() {
   application.passFocusOn();
 }
 
+std::unique_ptr<port::Surface> NSWindow::makeSurface(port::SurfaceSink& sink, const port::SurfaceState& state) {
+  return Session::current().backend().windows().makeSurface(sink, state);
+}
+
+void NSWindow::belongToMainWindow() {
+  const auto main = NSApplication::shared().mainWindow();
+  if (surface_ && !parent_ && main && main.get() != this) surface_->setParent(main->surface_.get());
+}
+
 void NSWindow::ensureSurface() {
   if (surface_) return;
-  surface_ = Session::current().backend().windows().makeSurface(*this, surfaceState());
+  surface_ = makeSurface(*this, surfaceState());
   if (parent_ && parent_->surface_) surface_->setParent(parent_->surface_.get());
   for (const auto& child : children_)
     if (child->surface_) child->surface_->setParent(surface_.get());

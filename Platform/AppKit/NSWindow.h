@@ -25,6 +25,7 @@ class Attempts;
 class NSAnimation;
 class NSThemeFrame;
 class NSView;
+class NSViewController;
 class NSWindowController;
 
 namespace StyleMask {
@@ -196,6 +197,9 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   std::shared_ptr<NSView> contentView() const;
   /// Gives the view the content rectangle as frame and keeps it at that.
   void setContentView(std::shared_ptr<NSView> view);
+  std::shared_ptr<NSViewController> contentViewController() const { return contentViewController_; }
+  /// Null takes the controller away; the content view stays.
+  void setContentViewController(std::shared_ptr<NSViewController> controller);
   NSThemeFrame& themeFrame() { return *themeFrame_; }
   /// The window itself when no view has the focus.
   std::shared_ptr<NSResponder> firstResponder();
@@ -231,6 +235,12 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   NSWindow(const Rect& contentRect, unsigned styleMask);
   /// Makes a new window known to the application; every `make` ends with it.
   static void introduce(const std::shared_ptr<NSWindow>& window);
+  /// Puts the window on the machine, at its first showing.
+  virtual std::unique_ptr<port::Surface> makeSurface(port::SurfaceSink& sink, const port::SurfaceState& state);
+  /// The window has closed; nothing of it is on the screen any more.
+  virtual void didClose() {}
+  /// The machine keeps a window that has no parent before the main one from now on.
+  void belongToMainWindow();
 
  private:
   friend class NSApplication;
@@ -367,6 +377,7 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
 
   std::shared_ptr<NSThemeFrame> themeFrame_;
   std::shared_ptr<NSView> contentView_;
+  std::shared_ptr<NSViewController> contentViewController_;
   std::weak_ptr<NSResponder> firstResponder_;
   std::weak_ptr<NSView> grab_;       ///< has the left button until it is released
   std::weak_ptr<NSView> otherGrab_;  ///< has the other buttons

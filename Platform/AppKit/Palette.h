@@ -20,6 +20,14 @@ inline constexpr Color kCloseButton{0.93, 0.42, 0.37, 1};
 inline constexpr Color kMiniaturizeButton{0.96, 0.75, 0.31, 1};
 inline constexpr Color kZoomButton{0.38, 0.77, 0.33, 1};
 inline constexpr Color kInactiveButton{0.80, 0.80, 0.82, 1};
+/// What the user is most likely to want, and what is written on it.
+inline constexpr Color kAccent{0.16, 0.45, 0.92, 1};
+inline constexpr Color kAccentText{1, 1, 1, 1};
+inline constexpr Color kFocusRing{0.16, 0.45, 0.92, 0.45};
+inline constexpr Color kControl{1, 1, 1, 1};
+inline constexpr Color kControlRim{0.74, 0.74, 0.76, 1};
+inline constexpr Color kWarning{0.93, 0.60, 0.11, 1};
+inline constexpr Color kCritical{0.85, 0.26, 0.22, 1};
 /// Laid over a button while it is pressed, and its rim.
 inline constexpr Color kShade{0, 0, 0, 0.18};
 

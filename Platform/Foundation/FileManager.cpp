@@ -109,7 +109,6 @@ UserFolders UserFolders::fromEnvironment() {
   const std::string home = environmentOr("HOME", "/");
   return {.home = home,
           .caches = environmentOr("XDG_CACHE_HOME", home + "/.cache"),
-          .downloads = environmentOr("XDG_DOWNLOAD_DIR", home + "/Downloads"),
           .temporary = environmentOr("TMPDIR", "/tmp")};
 }
 

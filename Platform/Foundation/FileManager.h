@@ -25,10 +25,9 @@ struct FileAttributes {
 struct UserFolders {
   std::string home;
   std::string caches;
-  std::string downloads;
   std::string temporary;
 
-  /// As the environment says (HOME, XDG_CACHE_HOME, XDG_DOWNLOAD_DIR, TMPDIR) with the usual defaults for what it
+  /// As the environment says (HOME, XDG_CACHE_HOME, TMPDIR) with the usual defaults for what it
   /// leaves out.
   static PLATFORM_EXPORT UserFolders fromEnvironment();
 };

@@ -9,6 +9,7 @@
 #include "Platform/Port/Dock.h"
 #include "Platform/Port/FileIcons.h"
 #include "Platform/Port/FileOpener.h"
+#include "Platform/Port/FilePanels.h"
 #include "Platform/Port/LoopDriver.h"
 #include "Platform/Port/MenuHost.h"
 #include "Platform/Port/Presence.h"
@@ -24,6 +25,7 @@ struct Folders {
   std::filesystem::path config;
   std::filesystem::path data;
   std::filesystem::path cache;
+  std::filesystem::path downloads;
   /// What the system has for all users, the most important first.
   std::vector<std::filesystem::path> systemConfig;
 };
@@ -40,6 +42,7 @@ class Backend {
   virtual Applications* applications() { return nullptr; }
   virtual Dock* dock() { return nullptr; }
   virtual FileOpener* fileOpener() { return nullptr; }
+  virtual FilePanels* filePanels() { return nullptr; }
   virtual FileIcons* fileIcons() { return nullptr; }
   virtual Presence* presence() { return nullptr; }
   virtual Tray* tray() { return nullptr; }

@@ -18,6 +18,7 @@ ConsoleCalls desktopCalls() {
   addPresenceCalls(calls);
   addStatusBarCalls(calls);
   addMenuCalls(calls);
+  addPanelCalls(calls);
   return calls;
 }
 

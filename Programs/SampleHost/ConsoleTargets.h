@@ -40,11 +40,12 @@ ConsoleCalls desktopCalls();
 /// Makes a status bar item that the host keeps; its number.
 std::int64_t createStatusItem(ConsoleContext& context, const std::string& imageName);
 /// Parts of "desktop": windows of the model, the simulated user and machine, the status bar, menus and what is dragged
-/// or pasted.
+/// or pasted, file panels.
 void addWindowCalls(ConsoleCalls& calls);
 void addUserCalls(ConsoleCalls& calls);
 void addMachineCalls(ConsoleCalls& calls);
 void addMenuCalls(ConsoleCalls& calls);
+void addPanelCalls(ConsoleCalls& calls);
 void addPresenceCalls(ConsoleCalls& calls);
 /// A part of "host".
 void addSearchCalls(ConsoleCalls& calls);

@@ -61,6 +61,11 @@ class Tour {
   void contextMenu();
   void pasteFiles();
   void dropFiles();
+  // Alerts and file panels (TourAlerts.cpp).
+  void alert();
+  void sheetAlert();
+  void savePanel();
+  void openPanel();
   // Application (TourApplication.cpp).
   void notifications();
   void dockMenu();

@@ -6,6 +6,7 @@
 #include <memory>
 #include <typeinfo>
 
+#include "Platform/AppKit/NSButton.h"
 #include "Platform/AppKit/NSTextField.h"
 #include "Platform/AppKit/NSTextView.h"
 #include "Programs/SampleHost/Codec.h"
@@ -28,6 +29,7 @@ platform::Value viewTree(const platform::NSView& view) {
                                  {"hidden", view.isHidden()},
                                  {"subviews", subviews}};
   if (const auto* field = dynamic_cast<const platform::NSTextField*>(&view)) result["text"] = field->stringValue();
+  if (const auto* button = dynamic_cast<const platform::NSButton*>(&view)) result["text"] = button->title();
   if (const auto* text = dynamic_cast<const platform::NSTextView*>(&view)) {
     result["text"] = text->string();
     result["selectedRange"] = Codec<platform::NSRange>::encode(text->selectedRange());

@@ -117,6 +117,12 @@ def number_entry(number):
     return key + variant(len(key), b"x", 8, struct.pack("<q", number))
 
 
+def nested_entry(key, levels, value):
+    """A text in as many variants, one in the other."""
+    head = b"\1v\0" * (levels - 1) + b"\1s\0"
+    return text(key) + head + bytes(-len(text(key) + head) % 4) + text(value)
+
+
 class Outsider:
     """A connection that anyone of the same user could make."""
 
@@ -233,6 +239,23 @@ class BusTest(unittest.TestCase):
                 self.assertEqual(len(line or ""), len('got large {"text":""}') + size if arrives else 0)
         self.assertLess((peer.status("VmRSS") - before) / 1024, 16, "MiB kept")
         self.expect_ping(friend, peer, 7)
+        outsider.close()
+
+    def test_payloads_that_are_nested_too_deep_are_dropped_without_harm(self):
+        peer, friend = self.peer("ping", "nested"), self.peer("ping")
+        for levels, arrives in ((20, True), (60, False)):
+            outsider = Outsider(self.bus)
+            outsider.send(signal_message("nested", nested_entry(b"text", levels, b"end")))
+            outsider.send(signal_message("ping", text_entry(b"after", b"%d" % levels)))
+            self.assertIsNotNone(peer.await_line('got ping {"after":"%d"}' % levels, 30))
+            self.assertEqual(peer.await_line("got nested", 0), 'got nested {"text":"end"}' if arrives else None)
+            outsider.close()
+        outsider = Outsider(self.bus)
+        outsider.send(signal_message("nested", nested_entry(b"text", 10_000, b"end")))
+        while outsider.socket.recv(4096):  # the bus cuts off who sends that
+            pass
+        self.expect_ping(friend, peer, 7)
+        self.assertIsNone(peer.await_line("got nested", 0))
         outsider.close()
 
 

@@ -186,7 +186,7 @@ TEST_F(FileManagerTest, TheReplacementDirectoryIsBesideTheItem) {
   const URL folder = files_.itemReplacementDirectory(url("archive.zip"));
   EXPECT_EQ(folder.deletingLastPathComponent().path(), root_.string());
   EXPECT_TRUE(files_.isDirectory(folder));
-  const FileManager elsewhere({.home = "/", .caches = "/", .downloads = "/", .temporary = root_.string()});
+  const FileManager elsewhere({.home = "/", .caches = "/", .temporary = root_.string()});
   EXPECT_EQ(elsewhere.itemReplacementDirectory(url("no/archive.zip")).deletingLastPathComponent().path(),
             root_.string());
 }
@@ -208,11 +208,9 @@ TEST_F(FileManagerTest, AttributesOfALinkStayItsOwn) {
 
 TEST(UserFolders, FollowTheEnvironment) {
   setenv("XDG_CACHE_HOME", "/somewhere/cache", 1);
-  setenv("XDG_DOWNLOAD_DIR", "", 1);
   setenv("HOME", "/home/someone", 1);
   const UserFolders folders = UserFolders::fromEnvironment();
   EXPECT_EQ(folders.caches, "/somewhere/cache");
-  EXPECT_EQ(folders.downloads, "/home/someone/Downloads");
 }
 
 TEST(CocoaError, NamesWhatIsKnown) {

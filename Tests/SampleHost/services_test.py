@@ -6,7 +6,6 @@ import shutil
 import socket
 import subprocess
 import tempfile
-import time
 import unittest
 
 import dbus
@@ -253,20 +252,16 @@ class BadgeAndFiles(ServicesCase):
 
         serve_until(all_logged, "a log line for each failure")
 
-    def test_a_bus_that_hangs_does_not_hold_up_the_start(self):
-        self.host().desktop("now")  # the files are read by now
-        times = {}
-        for name, address in (("healthy", os.environ["DBUS_SESSION_BUS_ADDRESS"]), ("hanging", self.hanging_bus())):
-            begun = time.monotonic()
-            console = self.host(DBUS_SESSION_BUS_ADDRESS=address)
-            console.call("host", "launch")
-            console.call("app", "createStatusBarItemWithImageName", "appKit_statusBar")
-            console.call("app", "setBadgeLabel", "1")
-            console.call("app", "openInFinderAtPath", "/tmp")
-            console.desktop("now")
-            times[name] = time.monotonic() - begun
-        print(f"\nstart with a healthy bus {times['healthy'] * 1000:.0f} ms, hanging {times['hanging'] * 1000:.0f} ms")
-        self.assertLess(times["hanging"], times["healthy"] + 0.2 * float(os.environ.get("TIME_FACTOR", "1")))
+    def test_a_bus_that_hangs_leaves_the_host_alive(self):
+        """How long its start takes then, scripts/benchmark-services measures."""
+        console = self.host(DBUS_SESSION_BUS_ADDRESS=self.hanging_bus())
+        console.call("host", "launch")
+        console.call("app", "createStatusBarItemWithImageName", "appKit_statusBar")
+        console.call("app", "setBadgeLabel", "1")
+        console.call("app", "openInFinderAtPath", "/tmp")
+        console.call("app", "showSavePanel", "a.txt", str(self.folder))
+        windows = console.desktop("windows")
+        serve_until(lambda: console.desktop("read", windows[-1], "nativeHandle"), "the toolkit's panel")
 
     def hanging_bus(self):
         """Takes connections and says nothing."""

@@ -54,6 +54,12 @@ class XServer:
                                                ctypes.byref(y), ctypes.byref(child))
         return (x.value, y.value) if found else None
 
+    def focused(self):
+        """The window with the keyboard; 0 or 1 for none and for whichever the pointer is in."""
+        window, revert = ctypes.c_ulong(), ctypes.c_int()
+        self.x11.XGetInputFocus(self.display, ctypes.byref(window), ctypes.byref(revert))
+        return window.value
+
     def top_level(self, window):
         """The window manager's frame around the window, or the window itself where there is none."""
         root, parent, count = ctypes.c_ulong(), ctypes.c_ulong(), ctypes.c_uint()

@@ -234,14 +234,5 @@ TEST_F(LifecycleTest, FeedbackIsRelayedAsJSONText) {
   }
 }
 
-TEST_F(LifecycleTest, MembersThatAreToComeSayWhichTheyAreAndChangeNothing) {
-  bool answered = false;
-  appKit->showSavePanel("a.txt", std::nullopt, [&](const auto& place) { answered = !place; });
-  EXPECT_FALSE(answered);
-  desktop.settle();
-  EXPECT_TRUE(answered);
-  EXPECT_THAT(log, ElementsAre("showSavePanel is not available in this build"));
-}
-
 }  // namespace
 }  // namespace veltrik

@@ -21,9 +21,6 @@ class VeltrikStatusBarItemProtocol;
 ///
 /// Main thread only. No member reports an error: what is missing makes it do nothing, and a query answer its default.
 /// Texts are UTF-8; an optional argument without a value, and an empty block, stand for "none".
-///
-/// Members marked "to come" are not built yet: they write one log line that ends in "is not available in this build"
-/// and change nothing; queries marked so answer their default without a line.
 class VeltrikAppKitProtocol {
  public:
   /// Runs when the host window's native window was found; the host keeps the helper and gives it its delegate.
@@ -61,26 +58,30 @@ class VeltrikAppKitProtocol {
 
   // Alerts and panels
 
-  /// Whether the key window is a native alert, sheet or modal window of the plug-in's, not one of the host's.
-  /// To come: false.
+  /// Whether the key window is a native alert, a sheet or in a modal session, and not one of the host's. Reads the
+  /// windows at each call.
   virtual bool isAppKitAlertPresented() const = 0;
-  /// Runs an application-modal alert; the confirm button alone calls the block, after the alert has gone. An absent or
-  /// empty `cancelTitle` makes an alert of one button. To come.
+  /// Runs an application-modal alert titled "MIRELO"; returns when it has gone. The confirm button alone has the block
+  /// called, in the next turn of the main loop. An absent or empty `cancelTitle` makes an alert of one button. Return
+  /// presses the button with the focus, at first the confirm button, Escape the cancel button.
   virtual void showAlertWith(const std::string& title, const std::string& message, const std::string& confirmTitle,
                              const std::optional<std::string>& cancelTitle,
                              std::function<void()> confirmCompletion) = 0;
-  /// The same as a sheet on the window bound to `uiWindowID`, or on the key window where there is none. To come.
+  /// The same as a sheet, and returns at once. It hangs from the window bound to `uiWindowID`, or from the key window
+  /// where there is none; without a key window nothing is shown, and the block never called.
   virtual void showSheetAlertWith(const std::string& title, const std::string& message, const std::string& confirmTitle,
                                   const std::optional<std::string>& cancelTitle,
                                   const std::optional<std::string>& uiWindowID,
                                   std::function<void()> confirmCompletion) = 0;
-  /// Lets the user choose files; the block gets them in the panel's order, and isn't called on cancel. To come.
+  /// Lets the user choose files, in a modal panel; returns when it has gone. The block gets them in the panel's order,
+  /// before the call returns, and isn't called on cancel.
   virtual void showOpenPanelWithCompletion(std::function<void(const std::vector<platform::URL>& files)> completion) = 0;
-  /// Lets the user choose where to save. Answers always and once: the place, or nothing on cancel. Without
-  /// `targetPath` it starts in the Downloads folder. To come: answers nothing, in a later turn of the main loop.
+  /// Lets the user choose where to save, and returns at once. Answers always and once: the place, or nothing when the
+  /// panel was left. `targetPath` is the folder it starts in, without one the user's Downloads folder, made if missing.
   virtual void showSavePanel(const std::string& fileName, const std::optional<platform::URL>& targetPath,
                              std::function<void(const std::optional<platform::URL>& place)> completion) = 0;
-  /// Lets the user choose the download folder; the block isn't called on cancel. To come.
+  /// Lets the user choose the download folder, in a modal panel; returns when it has gone. The block is called before
+  /// that, and not on cancel.
   virtual void showDownloadPathSavePanel(const platform::URL& currentFolder,
                                          std::function<void(const platform::URL& folder)> completion) = 0;
   /// The desktop's icon of a file type (an extension, a type's identifier or a MIME type), 32 points square; one of the

@@ -22,9 +22,6 @@ class VeltrikTextInputViewDelegate;
 ///
 /// Main thread only. Screen rectangles are points with the origin at the bottom left of the primary screen; rectangles
 /// from the host are points with the origin at the top left of the host window.
-///
-/// Members marked "to come" are not built yet: they write one log line that ends in "is not available in this build"
-/// and change nothing.
 class VeltrikAppKitWindowHelperProtocol {
  public:
   virtual ~VeltrikAppKitWindowHelperProtocol() = default;
