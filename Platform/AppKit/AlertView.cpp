@@ -60,7 +60,7 @@ void AlertView::setHeightLimit(double limit) {
 bool AlertView::isRow() const {
   double width = 0;
   for (const auto& button : buttons_) width += sizeOf(*button).width + (width > 0 ? kBetweenButtons : 0);
-  return width <= kTextWidth + NSButton::kRing;
+  return width <= kTextWidth + 2 * NSButton::kRing;
 }
 
 double AlertView::buttonsHeight() const {
@@ -110,7 +110,7 @@ void AlertView::placeButtons() {
   double top = kMargin - NSButton::kRing + buttonsHeight();
   for (const auto& button : buttons_) {
     const Size size = sizeOf(*button);
-    const double width = row ? size.width : kTextWidth + NSButton::kRing;
+    const double width = row ? size.width : kTextWidth + 2 * NSButton::kRing;
     button->setFrame({right - width, top - size.height, width, size.height});
     (row ? right : top) -= (row ? width : size.height) + kBetweenButtons;
   }

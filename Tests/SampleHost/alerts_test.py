@@ -8,13 +8,13 @@ import tempfile
 import unittest
 
 import dbus
+from console_client import keys, rect, run
 from desktop_services import serve_until
 from portal_service import Portal
-from roles_test import run
 from services_test import ServicesCase
 from x_windows import XServer
 
-FRAME = {"x": 300, "y": 200, "width": 560, "height": 420}
+FRAME = rect(300, 200, 560, 420)
 ANY_NAME = "한글 \"a\" ~ 'b' #100%.txt"
 
 
@@ -86,13 +86,13 @@ class Alerts(HostCase):
     def test_answers_come_from_keys_and_clicks(self):
         self.start()
         for title, act, confirmed in (
-                ("modal", lambda number: run("xdotool", "key", "Return"), 1),
-                ("modal", lambda number: run("xdotool", "key", "Escape"), 0),
-                ("modal", lambda number: run("xdotool", "key", "Tab", "space"), 0),
+                ("modal", lambda number: keys("Return"), 1),
+                ("modal", lambda number: keys("Escape"), 0),
+                ("modal", lambda number: keys("Tab", "space"), 0),
                 ("modal", lambda number: self.click(number, "확인"), 1),
                 ("modal", lambda number: self.click(number, "취소"), 0),
-                ("sheet", lambda number: run("xdotool", "key", "Return"), 1),
-                ("sheet", lambda number: run("xdotool", "key", "Escape"), 0),
+                ("sheet", lambda number: keys("Return"), 1),
+                ("sheet", lambda number: keys("Escape"), 0),
                 ("sheet", lambda number: self.click(number, "확인"), 1)):
             self.console.take()
             answer = None
@@ -113,7 +113,7 @@ class Alerts(HostCase):
 
     def test_a_modal_alert_blocks_every_window_and_a_sheet_its_own(self):
         self.start()
-        other = self.open("other", {**FRAME, "x": 20, "y": 20, "width": 260, "height": 200})
+        other = self.open("other", rect(20, 20, 260, 200))
         self.app("showSheetAlertWith", "sheet", "", "OK", "Cancel", "main")
         self.until(lambda: self.read("main", "sheet"), "a sheet")
         run("xdotool", "windowactivate", "--sync", other, "type", "abc")
@@ -124,7 +124,7 @@ class Alerts(HostCase):
         run("xdotool", "windowactivate", other)
         self.until(lambda: self.focused() == self.read(modal, "nativeHandle"), "the alert gets the focus back")
         run("xdotool", "type", "xyz")
-        run("xdotool", "key", "Escape")
+        keys("Escape")
         self.console.answer(begun)
         self.assertFalse(any(view_text(self.read("other", "views"), "xyz")))
         self.assertTrue(self.read("main", "inputBlocked"))
@@ -139,7 +139,7 @@ class Alerts(HostCase):
             texts = [place for kind, text, place in self.in_window(number) if kind == "AlertText"]
             buttons = [place for kind, _, place in self.in_window(number) if kind == "NSButton"]
             self.assertLessEqual(max(y + height for _, y, _, height in texts), min(y for _, y, _, _ in buttons))
-            run("xdotool", "key", "Escape")
+            keys("Escape")
             self.console.answer(begun)
             self.back_on_main()
 
@@ -182,26 +182,26 @@ class Panels(HostCase):
             above = run("xprop", "-id", self.dialog(), "_NET_WM_STATE")
             self.assertIn("_NET_WM_STATE_ABOVE", above)
             self.assertFalse(self.read("main", "inputBlocked"))
-            run("xdotool", "key", "Return")
+            keys("Return")
             self.assertEqual(self.answered("savePanelCompletion"), [str(self.folder / name)])
             self.back_on_main()
         self.app("showSavePanel", "a.txt", str(self.folder))
         self.dialog()
         run("xdotool", "type", 'b "c"')  # over the marked stem
-        run("xdotool", "key", "Return")
+        keys("Return")
         self.assertEqual(self.answered("savePanelCompletion"), [str(self.folder / 'b "c".txt')])
         self.back_on_main()
 
     def check_overwriting(self):
         (self.folder / ANY_NAME).write_text("old")
-        for keys, expected in ((("Escape", "Escape"), None), (("alt+y",), str(self.folder / ANY_NAME))):
+        for presses, expected in ((("Escape", "Escape"), None), (("alt+y",), str(self.folder / ANY_NAME))):
             self.app("showSavePanel", ANY_NAME, str(self.folder))
             panel = self.dialog()
-            run("xdotool", "key", "Return")
+            keys("Return")
             question = self.until(lambda: self.focused() if self.focused() not in (panel, self.main) else None, "a question")
             self.assertIsNone(self.told("savePanelCompletion"))
-            for key in keys:
-                run("xdotool", "key", key)
+            for key in presses:
+                keys(key)
                 self.until(lambda: self.focused() != question, "the question has gone")
                 question = panel
             self.assertEqual(self.answered("savePanelCompletion"), [expected])
@@ -212,13 +212,13 @@ class Panels(HostCase):
         begun = self.begin("showDownloadPathSavePanel", str(self.folder))
         self.dialog()
         self.assertTrue(self.read("main", "inputBlocked"))
-        run("xdotool", "key", "Return")
+        keys("Return")
         self.console.answer(begun)
         self.assertEqual(self.told("downloadPathSavePanelCompletion"), [str(self.folder)])
         self.back_on_main()
 
     def check_leaving(self):
-        for act in (lambda handle: run("xdotool", "key", "Escape"),
+        for act in (lambda handle: keys("Escape"),
                     lambda handle: run("wmctrl", "-ic", handle),
                     lambda handle: self.console.desktop("close", self.key_window())):
             begun = self.begin("showOpenPanelWithCompletion")
@@ -279,11 +279,11 @@ class Panels(HostCase):
         self.app("showSavePanel", "silent", str(self.folder))
         self.until(lambda: silent.asked, "a request")
         self.dialog()
-        run("xdotool", "key", "Return")
+        keys("Return")
         self.assertEqual(self.answered("savePanelCompletion"), [str(self.folder / "silent")])
         self.app("showSavePanel", "again", str(self.folder))
         self.dialog()
-        run("xdotool", "key", "Escape")
+        keys("Escape")
         self.assertEqual(self.answered("savePanelCompletion"), [None])
         self.assertEqual(len(silent.asked), 1, "one that hung isn't asked again")
         silent.end()
@@ -292,14 +292,14 @@ class Panels(HostCase):
         self.until(lambda: portal.requests, "a request")
         portal.end()
         self.dialog()
-        run("xdotool", "key", "Return")
+        keys("Return")
         self.assertEqual(self.answered("savePanelCompletion"), [str(self.folder / "gone")])
         portal = Portal()
         self.addCleanup(portal.end)
         begun = self.begin("showOpenPanelWithCompletion")
         self.until(lambda: portal.requests, "a request")
         self.back_on_x()
-        run("xdotool", "key", "Escape")
+        keys("Escape")
         self.console.answer(begun)
         self.until(lambda: portal.requests[-1].closed, "the portal is told to close")
 
