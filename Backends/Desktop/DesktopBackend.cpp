@@ -113,7 +113,7 @@ struct DesktopBackend::Parts {
   DesktopFileIcons fileIcons;
   DesktopPresence presence{bus};
   DesktopTray tray;
-  DesktopMenus menus;
+  DesktopMenus menus{bus};
   platform::port::Folders folders;
 };
 

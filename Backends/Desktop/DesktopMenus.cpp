@@ -11,6 +11,7 @@
 
 #include "Backends/Desktop/Coordinates.h"
 #include "Backends/Desktop/Pictures.h"
+#include "Backends/Desktop/ToolkitBus.h"
 
 namespace desktop {
 
@@ -96,6 +97,7 @@ void fill(QMenu& menu, const std::vector<MenuEntry>& entries) {
 
 std::optional<std::size_t> DesktopMenus::popUp(const std::vector<MenuEntry>& entries,
                                                const std::function<platform::Point(platform::Size)>& place) {
+  keepToolkitFromHangingBus(bus_);
   QMenu menu;
   fill(menu, entries);
   const QSize size = menu.sizeHint();

@@ -7,6 +7,7 @@
 
 #include "Backends/Desktop/DesktopFilePanels.h"
 #include "Backends/Desktop/Pictures.h"
+#include "Backends/Desktop/ToolkitBus.h"
 
 namespace desktop {
 
@@ -66,6 +67,7 @@ void FilePanelSurface::portalLeft() {
 }
 
 void FilePanelSurface::showToolkitDialog() {
+  keepToolkitFromHangingBus(panels_.bus());
   panels_.loadTranslation();
   dialog_ = new ToolkitFileDialog(request_);
   dialog_->setWindowFlag(Qt::WindowStaysOnTopHint, state_.level >= kAboveLevel);
