@@ -250,6 +250,11 @@ bool SurfaceWindow::event(QEvent* event) {
     case QEvent::WindowStateChange:
       surface_->stateChanged();
       return true;
+    case QEvent::FocusIn:
+    case QEvent::FocusOut:
+      // The toolkit would tell readers of the screen, who have nothing to read here, and ask the session bus for them:
+      // a bus that hangs would hold the host up.
+      return true;
     default:
       return QWindow::event(event);
   }
