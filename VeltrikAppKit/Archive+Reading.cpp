@@ -44,8 +44,8 @@ platform::FileAttributes attributesOf(const Entry& entry, const ExtractOptions& 
 /// One extraction from an open archive.
 class ArchiveExtraction::Source {
  public:
-  Source(ArchiveState& state, const Entry& entry, const ExtractOptions& options)
-      : state_(state), entry_(entry), options_(options), chunkSize_(chunkSize(options.bufferSize)) {}
+  Source(EntryDataReader& reader, const Entry& entry, const ExtractOptions& options)
+      : reader_(reader), entry_(entry), options_(options), chunkSize_(chunkSize(options.bufferSize)) {}
 
   std::uint32_t run(const ByteConsumer& consumer) {
     switch (entry_.type()) {
@@ -58,11 +58,6 @@ class ArchiveExtraction::Source {
       default:
         return methodOf(entry_) == CompressionMethod::none ? readStored(consumer) : readDeflated(watched(consumer));
     }
-  }
-
-  /// Whether the bytes can go to a file unseen.
-  bool canCopy() const {
-    return options_.skipCRC32 && methodOf(entry_) == CompressionMethod::none && state_.stream->descriptor() >= 0;
   }
 
  private:
@@ -82,7 +77,7 @@ class ArchiveExtraction::Source {
     std::uint32_t crc = 0;
     for (std::uint64_t position = 0; position < total;) {
       const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(total - position, chunkSize_));
-      const DataView block = state_.data.bytes(entry_.dataOffset() + position, wanted);
+      const DataView block = reader_.window.bytes(entry_.dataOffset() + position, wanted);
       if (block.empty()) break;
       deliver(block, consumer);
       if (!options_.skipCRC32) crc = crc32(block, crc);
@@ -94,12 +89,12 @@ class ArchiveExtraction::Source {
   std::uint32_t readDeflated(const ByteConsumer& consumer) const {
     const auto provider = [this](std::int64_t position, std::span<std::byte> destination) {
       const DataView block =
-          state_.data.bytes(entry_.dataOffset() + static_cast<std::uint64_t>(position), destination.size());
+          reader_.window.bytes(entry_.dataOffset() + static_cast<std::uint64_t>(position), destination.size());
       std::copy(block.begin(), block.end(), destination.begin());
       return block.size();
     };
-    return state_.decompressor.run(entry_.centralDirectoryStructure().compressedSize, chunkSize_, options_.skipCRC32,
-                                   provider, consumer);
+    return reader_.decompressor.run(entry_.centralDirectoryStructure().compressedSize, chunkSize_, options_.skipCRC32,
+                                    provider, consumer);
   }
 
   /// A target is short, so it is collected and handed over at once. Some writers deflate it.
@@ -115,26 +110,35 @@ class ArchiveExtraction::Source {
       readDeflated(collect);
     } else {
       const auto size = static_cast<std::size_t>(entry_.compressedSize());
-      collect(state_.data.bytes(entry_.dataOffset(), std::min(size, kLongestLinkTarget + 1)));
+      collect(reader_.window.bytes(entry_.dataOffset(), std::min(size, kLongestLinkTarget + 1)));
     }
     consumer(target);
     complete(options_.progress, entry_.uncompressedSize());
     return crc32(target);
   }
 
-  ArchiveState& state_;
+  EntryDataReader& reader_;
   const Entry& entry_;
   const ExtractOptions& options_;
   std::size_t chunkSize_;
 };
 
+EntryDataReader ArchiveExtraction::makeReader(const Archive& archive) {
+  return EntryDataReader(*archive.state_->stream);
+}
+
 std::uint32_t ArchiveExtraction::toConsumer(const ByteConsumer& consumer) const {
+  return toConsumer(consumer, archive_.state_->reader);
+}
+
+std::uint32_t ArchiveExtraction::toConsumer(const ByteConsumer& consumer, EntryDataReader& reader) const {
   if (options_.progress != nullptr) options_.progress->setTotalUnitCount(archive_.totalUnitCountForReading(entry_));
-  return Source(*archive_.state_, entry_, options_).run(consumer);
+  return Source(reader, entry_, options_).run(consumer);
 }
 
 std::uint32_t ArchiveExtraction::toFile(int file) const {
-  if (!Source(*archive_.state_, entry_, options_).canCopy()) {
+  const bool isUnseen = options_.skipCRC32 && methodOf(entry_) == CompressionMethod::none;
+  if (!isUnseen || archive_.state_->stream->descriptor() < 0) {
     return toConsumer([file](DataView block) { writeAll(file, block); });
   }
   platform::Progress* progress = options_.progress;

@@ -6,11 +6,11 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
+#include <vector>
 
 #include "Platform/Foundation/CocoaError.h"
-#include "Platform/Foundation/FileManager.h"
 #include "VeltrikAppKit/ArchiveState.h"
+#include "VeltrikAppKit/ReplacementFile.h"
 
 namespace veltrik {
 
@@ -20,39 +20,18 @@ using platform::CocoaError;
 using platform::URL;
 
 constexpr std::size_t kUnwatchedStep = 1 << 20;
+constexpr std::size_t kDirectoryWindow = 65536;
 constexpr std::uint64_t kUnsignedDescriptorSize = 12;
 
 [[noreturn]] void refuse(ArchiveError::Case code, const char* cause) {
   throw ArchiveError(code, cause);
 }
 
-/// The place of a new file in a folder of its own. Both are removed when it goes out of scope, by nothing that could
-/// fail for want of memory, descriptors or room; the file may have been moved away by then.
-class TemporaryPlace {
- public:
-  explicit TemporaryPlace(const URL& folder)
-      : file_(folder.appendingPathComponent(platform::globallyUniqueString())),
-        folderPath_(folder.path()),
-        filePath_(file_.path()) {}
-  ~TemporaryPlace() {
-    unlink(filePath_.c_str());
-    rmdir(folderPath_.c_str());
-  }
-  TemporaryPlace(const TemporaryPlace&) = delete;
-  TemporaryPlace& operator=(const TemporaryPlace&) = delete;
-  const URL& file() const { return file_; }
-
- private:
-  URL file_;
-  std::string folderPath_;
-  std::string filePath_;
-};
-
 /// The file itself, not a link to it, which would be replaced by a file.
-URL realLocation(const URL& url) {
+std::string realPath(const URL& url) {
   const std::unique_ptr<char, decltype(&std::free)> path(realpath(url.path().c_str(), nullptr), std::free);
   if (!path) throw CocoaError::writing(errno, url.path());
-  return URL::fileURL(path.get());
+  return path.get();
 }
 
 /// Gives the new file the rights and, where the system lets it, the owner of the old one.
@@ -84,7 +63,7 @@ class ArchiveRemoval {
   void run() {
     survey();
     if (state_.stream->memoryFile() != nullptr) {
-      adopt(rebuild(Archive::open(platform::Data(), {.accessMode = ArchiveAccessMode::create})));
+      adopt(rebuilt(ArchiveStream::openMemory(MemoryFile::make({}), "wb+")));
     } else {
       replaceFile();
     }
@@ -95,28 +74,36 @@ class ArchiveRemoval {
   }
 
  private:
+  /// An entry's record in the archive, one after the other as the central directory lists them.
+  struct Record {
+    std::uint64_t offset = 0;
+    std::uint64_t length = 0;
+    bool isRemoved = false;
+  };
   /// A run of bytes that stays.
   struct Run {
     std::uint64_t start = 0;
     std::uint64_t length = 0;
   };
+  struct Rebuilt {
+    std::unique_ptr<ArchiveStream> stream;
+    Archive::EndOfCentralDirectoryRecord endRecord;
+    std::uint64_t endRecordOffset = 0;
+  };
 
   static std::uint64_t recordLength(const Entry& entry);
   /// Looks at every entry before anything is done, and refuses what could not be done without loss.
   void survey();
-  /// Writes everything but the removed entry into a new archive and returns it.
-  std::unique_ptr<Archive> rebuild(std::unique_ptr<Archive> target) const;
+  /// Writes everything but what is removed.
+  Rebuilt rebuilt(std::unique_ptr<ArchiveStream> target) const;
   void copyRun(const Run& run, ArchiveStream& target, std::uint64_t position) const;
-  void finish(ArchiveState& target, std::uint64_t position, const platform::Data& directory) const;
   void replaceFile();
-  void adopt(std::unique_ptr<Archive> replacement);
-  /// The stream is that of a file that is gone when the replacement had to be copied from another file system.
-  void reopenIfCopied(const URL& location);
+  void adopt(Rebuilt replacement);
 
   ArchiveState& state_;
   const RemoveOptions& options_;
   std::map<std::uint32_t, const Entry*> wanted_;  ///< what to remove, by the place of its record
-  std::set<std::uint64_t> removedPositions_;      ///< in the central directory
+  std::vector<Record> records_;
   std::uint64_t prefixLength_ = 0;  ///< what stands before the first record, such as a program that unpacks
 };
 
@@ -138,24 +125,22 @@ void ArchiveRemoval::survey() {
   const std::uint64_t directoryStart = state_.endRecord.offsetToStartOfCentralDirectory;
   std::uint64_t firstRecord = directoryStart;
   std::uint64_t recordBytes = 0;
-  unsigned count = 0;
+  std::size_t removed = 0;
   bool isInside = true;
   EntryReader reader(*state_.stream);
-  forEachEntry(reader, state_.endRecord, [&](const Entry& entry, std::uint64_t position) {
-    const std::uint64_t offset = entry.centralDirectoryStructure().relativeOffsetOfLocalHeader;
-    const std::uint64_t length = recordLength(entry);
-    isInside = isInside && offset + length <= directoryStart;
-    firstRecord = std::min(firstRecord, offset);
-    recordBytes += length;
-    ++count;
-    const auto wanted = wanted_.find(entry.centralDirectoryStructure().relativeOffsetOfLocalHeader);
-    if (wanted != wanted_.end() && entry == *wanted->second) removedPositions_.insert(position);
+  forEachEntry(reader, state_.endRecord, [&](const Entry& entry, std::uint64_t) {
+    const std::uint32_t offset = entry.centralDirectoryStructure().relativeOffsetOfLocalHeader;
+    const auto wanted = wanted_.find(offset);
+    const Record record = {offset, recordLength(entry), wanted != wanted_.end() && entry == *wanted->second};
+    records_.push_back(record);
+    isInside = isInside && record.offset + record.length <= directoryStart;
+    firstRecord = std::min(firstRecord, record.offset);
+    recordBytes += record.length;
+    if (record.isRemoved) ++removed;
     return true;
   });
-  if (removedPositions_.size() < wanted_.size()) {
-    refuse(ArchiveError::Case::invalidEntryPath, "the archive has no such entry");
-  }
-  if (count != state_.endRecord.totalNumberOfEntriesInCentralDirectory) {
+  if (removed < wanted_.size()) refuse(ArchiveError::Case::invalidEntryPath, "the archive has no such entry");
+  if (records_.size() != state_.endRecord.totalNumberOfEntriesInCentralDirectory) {
     refuse(ArchiveError::Case::unwritableArchive, "some of the archive's entries can't be read and would be lost");
   }
   if (!isInside || recordBytes > directoryStart - firstRecord) {
@@ -179,90 +164,67 @@ void ArchiveRemoval::copyRun(const Run& run, ArchiveStream& target, std::uint64_
   }
 }
 
-std::unique_ptr<Archive> ArchiveRemoval::rebuild(std::unique_ptr<Archive> target) const {
+ArchiveRemoval::Rebuilt ArchiveRemoval::rebuilt(std::unique_ptr<ArchiveStream> target) const {
   if (!target) refuse(ArchiveError::Case::unwritableArchive, "the new archive can't be made");
-  ArchiveStream& stream = *target->state_->stream;
   platform::Data directory;
   std::uint64_t position = 0;
   Run run = {0, prefixLength_};
-  unsigned count = 0;
-  EntryReader reader(*state_.stream);
-  forEachEntry(reader, state_.endRecord, [&](const Entry& entry, std::uint64_t directoryPosition) {
-    ++count;
-    if (removedPositions_.contains(directoryPosition)) return true;
-    auto structure = entry.centralDirectoryStructure();
+  std::uint16_t kept = 0;
+  ReadWindow window(*state_.stream, kDirectoryWindow);
+  std::uint64_t directoryPosition = state_.endRecord.offsetToStartOfCentralDirectory;
+  for (const Record& record : records_) {
+    auto structure = readRecord<Entry::CentralDirectoryStructure>(window, directoryPosition);
+    // The survey saw it, but reading may fail at any time.
+    if (!structure) throw DataError(DataError::Case::unreadableFile, "an entry can't be read any more");
+    directoryPosition += structure->size();
+    if (record.isRemoved) continue;
     // Records that follow each other are copied together.
-    if (structure.relativeOffsetOfLocalHeader != run.start + run.length) {
-      copyRun(run, stream, position);
+    if (record.offset != run.start + run.length) {
+      copyRun(run, *target, position);
       position += run.length;
-      run = {structure.relativeOffsetOfLocalHeader, 0};
+      run = {record.offset, 0};
     }
-    structure.relativeOffsetOfLocalHeader = static_cast<std::uint32_t>(position + run.length);
-    run.length += recordLength(entry);
-    platform::append(directory, structure.data());
-    return true;
-  });
-  // The survey saw them all, but a read that fails now would end the walk just as quietly.
-  if (count != state_.endRecord.totalNumberOfEntriesInCentralDirectory) {
-    throw DataError(DataError::Case::unreadableFile, "an entry can't be read any more");
+    structure->relativeOffsetOfLocalHeader = static_cast<std::uint32_t>(position + run.length);
+    run.length += record.length;
+    platform::append(directory, structure->data());
+    ++kept;
   }
-  copyRun(run, stream, position);
-  finish(*target->state_, position + run.length, directory);
-  return target;
-}
+  copyRun(run, *target, position);
+  position += run.length;
 
-void ArchiveRemoval::finish(ArchiveState& target, std::uint64_t position, const platform::Data& directory) const {
-  auto record = state_.endRecord;
-  record.totalNumberOfEntriesInCentralDirectory -= static_cast<std::uint16_t>(removedPositions_.size());
-  record.totalNumberOfEntriesOnDisk = record.totalNumberOfEntriesInCentralDirectory;
-  record.sizeOfCentralDirectory = static_cast<std::uint32_t>(directory.size());
-  record.offsetToStartOfCentralDirectory = static_cast<std::uint32_t>(position);
-  target.stream->writeAt(position, directory);
-  target.endRecordOffset = position + directory.size();
-  target.stream->writeAt(target.endRecordOffset, record.data());
-  target.endRecord = std::move(record);
+  Rebuilt result{std::move(target), state_.endRecord, position + directory.size()};
+  result.endRecord.totalNumberOfEntriesInCentralDirectory = kept;
+  result.endRecord.totalNumberOfEntriesOnDisk = kept;
+  result.endRecord.sizeOfCentralDirectory = static_cast<std::uint32_t>(directory.size());
+  result.endRecord.offsetToStartOfCentralDirectory = static_cast<std::uint32_t>(position);
+  platform::append(directory, result.endRecord.data());
+  result.stream->writeAt(position, directory);
+  return result;
 }
 
 void ArchiveRemoval::replaceFile() {
-  const platform::FileManager files;
-  const URL location = realLocation(state_.url);
-  std::optional<TemporaryPlace> place;
+  const std::string path = realPath(state_.url);
+  std::optional<ReplacementFile> place;
   try {
-    place.emplace(files.itemReplacementDirectory(location));
+    place.emplace(path);
   } catch (const CocoaError& error) {
     throw ArchiveError(ArchiveError::Case::unwritableArchive, error.what());
   }
-  auto replacement = rebuild(Archive::open(place->file(), {.accessMode = ArchiveAccessMode::create}));
-  adoptAttributes(*replacement->state_->stream, *state_.stream);
+  Rebuilt replacement = rebuilt(ArchiveStream::adopt(place->release()));
+  adoptAttributes(*replacement.stream, *state_.stream);
+  const int file = replacement.stream->descriptor();
   // On disk before it takes the name: a power cut must not leave the name to a file without its bytes.
-  if (fsync(replacement->state_->stream->descriptor()) != 0) throw DataError(DataError::Case::unwritableFile, errno);
-  files.replaceItem(location, place->file());
+  if (fsync(file) != 0) throw DataError(DataError::Case::unwritableFile, errno);
+  place->takePlace(file);
   adopt(std::move(replacement));
-  reopenIfCopied(location);
 }
 
-void ArchiveRemoval::reopenIfCopied(const URL& location) {
-  struct stat opened {};
-  struct stat placed {};
-  const bool isSame = fstat(state_.stream->descriptor(), &opened) == 0 && stat(location.path().c_str(), &placed) == 0 &&
-                      opened.st_dev == placed.st_dev && opened.st_ino == placed.st_ino;
-  if (isSame) return;
-  auto reopened = ArchiveStream::openFile(location.path(), "rb+");
-  if (!reopened) {
-    // What is open holds the same bytes, but nobody would ever see what is written to it.
-    state_.accessMode = ArchiveAccessMode::read;
-    throw DataError(DataError::Case::unreadableFile, errno);
-  }
-  state_.streamChanged(std::move(reopened));
-}
-
-void ArchiveRemoval::adopt(std::unique_ptr<Archive> replacement) {
-  ArchiveState& from = *replacement->state_;
-  state_.endRecord = std::move(from.endRecord);
-  state_.endRecordOffset = from.endRecordOffset;
+void ArchiveRemoval::adopt(Rebuilt replacement) {
+  state_.endRecord = std::move(replacement.endRecord);
+  state_.endRecordOffset = replacement.endRecordOffset;
   state_.tail.reset();
   // The new file was opened before it got the archive's name, so that nothing can fail now.
-  state_.streamChanged(std::move(from.stream));
+  state_.streamChanged(std::move(replacement.stream));
 }
 
 void Archive::remove(const Entry& entry, const RemoveOptions& options) {

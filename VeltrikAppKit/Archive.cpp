@@ -41,12 +41,14 @@ std::optional<std::size_t> signatureDistance(platform::DataView bytes) {
 
 }  // namespace
 
+EntryDataReader::EntryDataReader(const ArchiveStream& stream) : window(stream, kDataWindow) {}
+
 ArchiveState::ArchiveState(platform::URL location, const ArchiveOptions& options, std::unique_ptr<ArchiveStream> opened)
     : url(std::move(location)),
       accessMode(options.accessMode),
       preferredEncoding(options.preferredEncoding),
       stream(std::move(opened)),
-      data(*stream, kDataWindow) {}
+      reader(*stream) {}
 
 bool ArchiveState::findEndRecord() {
   const std::uint64_t size = stream->size();
@@ -70,7 +72,7 @@ std::string ArchiveState::pathOf(const Entry& entry) const {
 
 void ArchiveState::streamChanged(std::unique_ptr<ArchiveStream> replacement) {
   if (replacement) stream = std::move(replacement);
-  data.reset(*stream);
+  reader.window.reset(*stream);
   lookup.reset();
 }
 

@@ -103,6 +103,12 @@ CocoaError openingError(int errorNumber, const ItemPlace& place) {
   return CocoaError(CocoaError::Code::fileNoSuchFile, {}, usual.cause());
 }
 
+platform::FileDescriptor openForReading(const ItemPlace& place) {
+  // Not blocking: a pipe in the tree must not make this wait for a writer.
+  return platform::FileDescriptor(
+      openat(place.directory, place.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+}
+
 /// Reads on until the destination is full.
 std::size_t readFully(int file, std::span<std::byte> destination) {
   std::size_t done = 0;
@@ -114,6 +120,17 @@ std::size_t readFully(int file, std::span<std::byte> destination) {
     done += static_cast<std::size_t>(count);
   }
   return done;
+}
+
+Entry::LocalFileHeader headerOf(std::string_view path, const NewEntry& entry, CompressionMethod method) {
+  return {.versionNeededToExtract = kVersionNeeded,
+          .generalPurposeBitFlag = kUTF8Flag,
+          .compressionMethod = static_cast<std::uint16_t>(method),
+          .lastModFileTime = dosTime(entry.modificationDate),
+          .lastModFileDate = dosDate(entry.modificationDate),
+          .uncompressedSize = entry.uncompressedSize,
+          .fileNameLength = static_cast<std::uint16_t>(path.size()),
+          .variableData = platform::copyOf(platform::bytesOf(path))};
 }
 
 }  // namespace
@@ -161,9 +178,14 @@ void ArchiveBatch::add(std::string_view path, const NewEntry& entry, const ByteP
       entry.type == Entry::EntryType::file ? options.compressionMethod : CompressionMethod::none;
   requireRoom(path, entry, method);
   if (options.progress != nullptr) options.progress->setTotalUnitCount(unitsOf(entry));
+  rewindingOnFailure([&] { writeRecord(path, entry, method, provider, options); });
+}
+
+template <class Write>
+void ArchiveBatch::rewindingOnFailure(const Write& write) {
   const std::uint64_t start = writer_.position();
   try {
-    writeRecord(path, entry, method, provider, options);
+    write();
   } catch (...) {
     writer_.rewind(start);
     throw;
@@ -172,14 +194,7 @@ void ArchiveBatch::add(std::string_view path, const NewEntry& entry, const ByteP
 
 void ArchiveBatch::writeRecord(std::string_view path, const NewEntry& entry, CompressionMethod method,
                                const ByteProvider& provider, const AddOptions& options) {
-  Entry::LocalFileHeader header{.versionNeededToExtract = kVersionNeeded,
-                                .generalPurposeBitFlag = kUTF8Flag,
-                                .compressionMethod = static_cast<std::uint16_t>(method),
-                                .lastModFileTime = dosTime(entry.modificationDate),
-                                .lastModFileDate = dosDate(entry.modificationDate),
-                                .uncompressedSize = entry.uncompressedSize,
-                                .fileNameLength = static_cast<std::uint16_t>(path.size()),
-                                .variableData = platform::copyOf(platform::bytesOf(path))};
+  Entry::LocalFileHeader header = headerOf(path, entry, method);
   const std::uint64_t offset = writer_.position();
   writer_.append(header.data());
   const Written written = writeData(entry, method, provider, options);
@@ -187,7 +202,24 @@ void ArchiveBatch::writeRecord(std::string_view path, const NewEntry& entry, Com
   header.crc32 = written.crc;
   header.compressedSize = static_cast<std::uint32_t>(written.size);
   writer_.patch(offset, header.data());
+  appendStructure(header, entry, offset);
+}
 
+void ArchiveBatch::addPrepared(std::string_view path, const PreparedFile& file) {
+  requireRoom(path, file.entry, file.method);
+  Entry::LocalFileHeader header = headerOf(path, file.entry, file.method);
+  header.crc32 = file.crc;
+  header.compressedSize = static_cast<std::uint32_t>(file.data.size());
+  const std::uint64_t offset = writer_.position();
+  requireOffset(offset + header.size() + file.data.size());
+  rewindingOnFailure([&] {
+    writer_.append(header.data());
+    writer_.append(file.data);
+    appendStructure(header, file.entry, offset);
+  });
+}
+
+void ArchiveBatch::appendStructure(const Entry::LocalFileHeader& header, const NewEntry& entry, std::uint64_t offset) {
   const std::uint16_t permissions = entry.permissions.value_or(
       entry.type == Entry::EntryType::directory ? defaultDirectoryPermissions : defaultFilePermissions);
   const auto structure = Entry::CentralDirectoryStructure::of(header, externalAttributes(entry.type, permissions),
@@ -263,9 +295,7 @@ void ArchiveBatch::addItem(std::string_view path, const ItemPlace& place, const 
   if (place.path.find('\0') != std::string::npos) {
     throw CocoaError(CocoaError::Code::fileReadInvalidFileName, place.path, "the name holds a NUL byte");
   }
-  // Not blocking: a pipe in the tree must not make this wait for a writer.
-  const platform::FileDescriptor file(
-      openat(place.directory, place.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  const platform::FileDescriptor file = openForReading(place);
   if (!file && errno == ELOOP) return addLink(path, place, options);
   if (!file) throw openingError(errno, place);
   struct stat status {};
@@ -284,6 +314,32 @@ void ArchiveBatch::addItem(std::string_view path, const ItemPlace& place, const 
   add(
       path, describe(status, place),
       [&](std::int64_t, std::span<std::byte> destination) { return readFully(file.get(), destination); }, options);
+}
+
+std::optional<ArchiveBatch::PreparedFile> ArchiveBatch::prepare(const ItemPlace& place, std::uint64_t largest,
+                                                                CompressionMethod method,
+                                                                DeflateStream& compressor) const {
+  const platform::FileDescriptor file = openForReading(place);
+  struct stat status {};
+  if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  const auto size = static_cast<std::uint64_t>(status.st_size);
+  if (size > largest || archiveFile_ == std::pair(status.st_dev, status.st_ino)) return std::nullopt;
+  PreparedFile prepared{describe(status, place), method, 0, {}};
+  platform::Data content(size);
+  readFully(file.get(), content);
+  if (method == CompressionMethod::none) {
+    prepared.crc = crc32(content);
+    prepared.data = std::move(content);
+    return prepared;
+  }
+  const auto provider = [&](std::int64_t position, std::span<std::byte> destination) {
+    std::copy_n(content.begin() + position, destination.size(), destination.begin());
+    return destination.size();
+  };
+  prepared.data.reserve(content.size() / 2);
+  prepared.crc = compressor.run(status.st_size, defaultWriteChunkSize, false, provider,
+                                [&](DataView block) { platform::append(prepared.data, block); });
+  return prepared;
 }
 
 void ArchiveBatch::addLink(std::string_view path, const ItemPlace& place, const AddOptions& options) {
@@ -310,11 +366,12 @@ void ArchiveBatch::commit() {
   requireOffset(start);
   endRecord_.offsetToStartOfCentralDirectory = static_cast<std::uint32_t>(start);
   const platform::Data end = endRecord_.data();
-  platform::Data tail;
-  tail.reserve(directory.size() + newStructures_.size() + end.size());
-  for (const DataView part : {directory, DataView(newStructures_), DataView(end)}) platform::append(tail, part);
-  writer_.append(tail);
+  // In a new archive, which may have a great many, the new structures are all there are: nothing is copied.
+  platform::Data tail = std::move(newStructures_);
+  tail.insert(tail.begin(), directory.begin(), directory.end());
+  platform::append(tail, end);
   try {
+    writer_.append(tail);
     writer_.commit();
   } catch (...) {
     undo();

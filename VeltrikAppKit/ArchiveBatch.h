@@ -29,6 +29,19 @@ class ArchiveBatch {
   void add(std::string_view path, const NewEntry& entry, const ByteProvider& provider, const AddOptions& options);
   /// Adds the item at a place; `item` says what it is.
   void addItem(std::string_view path, const ItemPlace& place, const AddOptions& options);
+  /// A file's record but for its place in the archive.
+  struct PreparedFile {
+    NewEntry entry;
+    CompressionMethod method = CompressionMethod::none;
+    std::uint32_t crc = 0;
+    platform::Data data;
+  };
+  /// Reads a file of up to `largest` bytes, and compresses it where that is wanted. Nothing for what is no such file;
+  /// throws when it can't be read. `compressor` is the calling thread's own. Any thread.
+  std::optional<PreparedFile> prepare(const ItemPlace& place, std::uint64_t largest, CompressionMethod method,
+                                      DeflateStream& compressor) const;
+  /// Adds such a file as `addItem` with blocks of the default size would.
+  void addPrepared(std::string_view path, const PreparedFile& file);
   /// Writes the new directory. Throws when it can't; then the archive is as it was before the batch.
   void commit();
 
@@ -38,8 +51,12 @@ class ArchiveBatch {
     std::uint64_t size = 0;
   };
   void undo() noexcept;
+  void appendStructure(const Entry::LocalFileHeader& header, const NewEntry& entry, std::uint64_t offset);
   void requireRoom(std::string_view path, const NewEntry& entry, CompressionMethod method) const;
   void requireOffset(std::uint64_t offset) const;
+  /// Runs `write`; when it throws, what it wrote is taken back.
+  template <class Write>
+  void rewindingOnFailure(const Write& write);
   void writeRecord(std::string_view path, const NewEntry& entry, CompressionMethod method, const ByteProvider& provider,
                    const AddOptions& options);
   Written writeData(const NewEntry& entry, CompressionMethod method, const ByteProvider& provider,

@@ -8,6 +8,8 @@
 
 namespace veltrik {
 
+struct EntryDataReader;
+
 /// One entry on its way out of its archive. Arguments are borrowed.
 class ArchiveExtraction {
  public:
@@ -19,6 +21,10 @@ class ArchiveExtraction {
 
   /// As `Archive::extract` says; returns the checksum.
   std::uint32_t toConsumer(const ByteConsumer& consumer) const;
+  /// The same with a reader that is the calling thread's own.
+  std::uint32_t toConsumer(const ByteConsumer& consumer, EntryDataReader& reader) const;
+  /// A further reader of the data of an archive in a file, for another thread.
+  static EntryDataReader makeReader(const Archive& archive);
   /// Makes the item. A directory's attributes are left to the caller, who may have more to put into it.
   std::uint32_t to(const PlaceOpener& open) const;
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 
 #include "Platform/Foundation/CocoaError.h"
@@ -34,20 +35,11 @@ std::array<timespec, 2> timesOf(const FileAttributes& attributes) {
   throw CocoaError::writing(errno, place.path);
 }
 
-/// Sets permissions and times through the open item, whose name may stand for something else by now.
-void apply(int item, const ItemPlace& place, const FileAttributes& attributes) {
-  struct stat status {};
-  if (fstat(item, &status) != 0) failWriting(place);
-  const bool isDifferent = (status.st_mode & 07777) != attributes.posixPermissions;
-  if (isDifferent && fchmod(item, attributes.posixPermissions) != 0) failWriting(place);
-  if (futimens(item, timesOf(attributes).data()) != 0) failWriting(place);
-}
-
 /// A file that has no name yet, or, on file systems that know no nameless files, one that nobody looks for.
 class NewFile {
  public:
   NewFile(const ItemPlace& place, mode_t mode) : place_(place) {
-    file_ = FileDescriptor(openat(place.directory, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
+    file_ = openNameless(place.directory, mode);
     if (!file_) {
       const std::string name = "." + platform::globallyUniqueString();
       file_ = FileDescriptor(
@@ -65,15 +57,7 @@ class NewFile {
   int get() const { return file_.get(); }
 
   /// Gives the file its name; false with the reason in `errno` when that fails.
-  bool publish() {
-    const char* name = place_.name.c_str();
-    if (!temporaryName_.empty()) return rename(name);
-    if (linkat(get(), "", place_.directory, name, AT_EMPTY_PATH) == 0) return true;
-    // Older systems let only privileged processes link a descriptor.
-    if (errno != ENOENT) return false;
-    const std::string descriptor = "/proc/self/fd/" + std::to_string(get());
-    return linkat(AT_FDCWD, descriptor.c_str(), place_.directory, name, AT_SYMLINK_FOLLOW) == 0;
-  }
+  bool publish() { return temporaryName_.empty() ? giveName(get(), place_) : rename(place_.name.c_str()); }
 
   bool close() { return file_.close(); }
 
@@ -92,12 +76,42 @@ class NewFile {
 
 }  // namespace
 
+FileDescriptor openNameless(int directory, mode_t mode) {
+  return FileDescriptor(openat(directory, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
+}
+
+bool giveName(int file, const ItemPlace& place) {
+  // Older systems let only privileged processes link a descriptor itself.
+  static std::atomic<bool> mayLinkDescriptor = true;
+  if (mayLinkDescriptor) {
+    if (linkat(file, "", place.directory, place.name.c_str(), AT_EMPTY_PATH) == 0) return true;
+    if (errno != ENOENT) return false;
+    mayLinkDescriptor = false;
+  }
+  const std::string descriptor = "/proc/self/fd/" + std::to_string(file);
+  return linkat(AT_FDCWD, descriptor.c_str(), place.directory, place.name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+void setAttributes(int item, const ItemPlace& place, const FileAttributes& attributes) {
+  struct stat status {};
+  if (fstat(item, &status) != 0) failWriting(place);
+  const bool isDifferent = (status.st_mode & 07777) != attributes.posixPermissions;
+  if (isDifferent && fchmod(item, attributes.posixPermissions) != 0) failWriting(place);
+  if (futimens(item, timesOf(attributes).data()) != 0) failWriting(place);
+}
+
 struct stat statusOf(const platform::URL& item) {
   const std::string path = item.path();
   struct stat status {};
   const bool isPath = item.isFileURL() && path.find('\0') == std::string::npos;
   if (!isPath || lstat(path.c_str(), &status) != 0) throw CocoaError::reading(ENOENT, path);
   return status;
+}
+
+std::pair<std::string_view, std::string_view> divided(std::string_view path) {
+  const auto slash = path.rfind('/');
+  if (slash == std::string_view::npos) return {{}, path};
+  return {path.substr(0, slash), path.substr(slash + 1)};
 }
 
 void requireNothing(const ItemPlace& place) {
@@ -111,7 +125,7 @@ void makeFile(const ItemPlace& place, const FileAttributes& attributes, const st
   NewFile file(place, attributes.posixPermissions & 0777);
   try {
     write(file.get());
-    apply(file.get(), place, attributes);
+    setAttributes(file.get(), place, attributes);
   } catch (...) {
     file.publish();
     throw;
@@ -135,7 +149,7 @@ void setDirectoryAttributes(const ItemPlace& place, const FileAttributes& attrib
   const FileDescriptor opened(
       openat(place.directory, place.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!opened) failWriting(place);
-  apply(opened.get(), place, attributes);
+  setAttributes(opened.get(), place, attributes);
 }
 
 void makeLink(const ItemPlace& place, const std::string& target, const FileAttributes& attributes) {

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/FileDescriptor.h"
@@ -25,6 +26,9 @@ struct ItemPlace {
   std::string path;  ///< for messages
 };
 
+/// A path's directory ("" for none) and its last part.
+std::pair<std::string_view, std::string_view> divided(std::string_view path);
+
 /// Throws `fileWriteFileExists` when something has the name already, be it a link that leads nowhere.
 void requireNothing(const ItemPlace& place);
 
@@ -32,6 +36,13 @@ void requireNothing(const ItemPlace& place);
 /// anything else fails, with what there is of it.
 void makeFile(const ItemPlace& place, const platform::FileAttributes& attributes,
               const std::function<void(int file)>& write);
+/// Opens a new file that has no name: nobody sees it, and it is gone with its descriptor. None, with the reason in
+/// `errno`, on file systems that know no such files.
+platform::FileDescriptor openNameless(int directory, mode_t mode);
+/// Gives it one. False, with the reason in `errno`, when that is taken or there is no writing in the directory.
+bool giveName(int file, const ItemPlace& place);
+/// Sets permissions and times through the open item, whose name may stand for something else by now.
+void setAttributes(int item, const ItemPlace& place, const platform::FileAttributes& attributes);
 /// An existing directory is fine, a link to one is not. Others get no rights beyond `permissions`.
 void makeDirectory(const ItemPlace& place, std::uint16_t permissions);
 void setDirectoryAttributes(const ItemPlace& place, const platform::FileAttributes& attributes);

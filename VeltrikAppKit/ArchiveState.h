@@ -12,6 +12,14 @@
 
 namespace veltrik {
 
+/// Reads entries' data: with a stretch of the archive's bytes and an engine, which entries share. One thread's own.
+struct EntryDataReader {
+  explicit EntryDataReader(const ArchiveStream& stream);
+
+  ReadWindow window;
+  DeflateStream decompressor{DeflateDirection::decompress};
+};
+
 /// What an open archive holds. Engines and buffers live as long as the archive, so that entries share them.
 struct ArchiveState {
   ArchiveState(platform::URL location, const ArchiveOptions& options, std::unique_ptr<ArchiveStream> opened);
@@ -30,9 +38,8 @@ struct ArchiveState {
   Archive::EndOfCentralDirectoryRecord endRecord;
   std::uint64_t endRecordOffset = 0;
 
-  ReadWindow data;
+  EntryDataReader reader;
   DeflateStream compressor{DeflateDirection::compress};
-  DeflateStream decompressor{DeflateDirection::decompress};
 
   /// The archive's bytes from its central directory on, kept between additions.
   std::optional<platform::Data> tail;

@@ -34,7 +34,17 @@ ArchiveStream::ArchiveStream(Handle stream, std::shared_ptr<MemoryFile> memoryFi
 std::unique_ptr<ArchiveStream> ArchiveStream::openFile(const std::string& path, const char* mode) {
   if (path.find('\0') != std::string::npos) return nullptr;
   Handle stream(std::fopen(path.c_str(), (std::string(mode) + "e").c_str()));
-  if (!stream) return nullptr;
+  return stream ? buffered(std::move(stream)) : nullptr;
+}
+
+std::unique_ptr<ArchiveStream> ArchiveStream::adopt(platform::FileDescriptor file) {
+  Handle stream(fdopen(file.get(), "rb+"));
+  if (!stream) failWriting();
+  static_cast<void>(file.release());  // The stream's own now.
+  return buffered(std::move(stream));
+}
+
+std::unique_ptr<ArchiveStream> ArchiveStream::buffered(Handle stream) {
   std::setvbuf(stream.get(), nullptr, _IOFBF, kStreamBufferSize);
   return std::unique_ptr<ArchiveStream>(new ArchiveStream(std::move(stream), nullptr));
 }

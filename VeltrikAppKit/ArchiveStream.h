@@ -7,6 +7,7 @@
 #include <string>
 
 #include "Platform/Foundation/Data.h"
+#include "Platform/Foundation/FileDescriptor.h"
 #include "VeltrikAppKit/Archive+MemoryFile.h"
 #include "VeltrikAppKit/ArchiveError.h"
 
@@ -19,6 +20,8 @@ class ArchiveStream {
  public:
   /// Null when it can't be opened; `mode` as `fopen` takes it.
   static std::unique_ptr<ArchiveStream> openFile(const std::string& path, const char* mode);
+  /// On a file that is open for reading and writing; throws when there is no memory for it.
+  static std::unique_ptr<ArchiveStream> adopt(platform::FileDescriptor file);
   static std::unique_ptr<ArchiveStream> openMemory(std::shared_ptr<MemoryFile> file, const char* mode);
 
   std::uint64_t size() const;
@@ -39,6 +42,7 @@ class ArchiveStream {
   };
   using Handle = std::unique_ptr<std::FILE, Closer>;
   ArchiveStream(Handle stream, std::shared_ptr<MemoryFile> memoryFile);
+  static std::unique_ptr<ArchiveStream> buffered(Handle stream);
 
   void seek(std::uint64_t offset) const;
 

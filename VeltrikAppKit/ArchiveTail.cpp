@@ -41,8 +41,12 @@ void TailWriter::advance(std::size_t count) {
 }
 
 void TailWriter::append(platform::DataView bytes) {
-  std::copy(bytes.begin(), bytes.end(), room(bytes.size()).begin());
-  advance(bytes.size());
+  while (!bytes.empty()) {
+    const platform::DataView part = bytes.first(std::min(bytes.size(), kTailStep));
+    std::copy(part.begin(), part.end(), room(part.size()).begin());
+    advance(part.size());
+    bytes = bytes.subspan(part.size());
+  }
 }
 
 void TailWriter::flushTail() {

@@ -36,9 +36,16 @@ std::string environmentOr(const char* name, std::string otherwise) {
   return value != nullptr && *value != '\0' ? std::string(value) : std::move(otherwise);
 }
 
-std::vector<std::string> namesIn(const std::string& path) {
-  const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(systemPath(path)), closedir);
+using DirectoryStream = std::unique_ptr<DIR, int (*)(DIR*)>;
+
+DirectoryStream openDirectory(const std::string& path) {
+  DirectoryStream directory(opendir(systemPath(path)), closedir);
   if (!directory) throw CocoaError::reading(errno, path);
+  return directory;
+}
+
+/// The names in a directory, sorted.
+std::vector<std::string> namesIn(const DirectoryStream& directory, const std::string& path) {
   std::vector<std::string> names;
   errno = 0;
   while (const dirent* item = readdir(directory.get())) {
@@ -63,15 +70,27 @@ std::string joined(std::string_view folder, std::string_view name) {
   return path.append(name);
 }
 
-void collectSubpaths(const std::string& root, const std::string& prefix, std::vector<std::string>& found) {
-  for (const std::string& name : namesIn(prefix.empty() ? root : joined(root, prefix))) {
-    const std::string subpath = joined(prefix, name);
-    found.push_back(subpath);
+std::vector<DirectoryItem> itemsIn(const std::string& path) {
+  const DirectoryStream directory = openDirectory(path);
+  std::vector<DirectoryItem> items;
+  for (std::string& name : namesIn(directory, path)) {
     // One that can't be looked at must not pass for a file, or what it holds would be left out without a word.
-    const std::string path = joined(root, subpath);
     struct stat item {};
-    if (lstat(path.c_str(), &item) != 0) throw CocoaError::reading(errno, path);
-    if (S_ISDIR(item.st_mode)) collectSubpaths(root, subpath, found);
+    if (fstatat(dirfd(directory.get()), name.c_str(), &item, AT_SYMLINK_NOFOLLOW) != 0) {
+      throw CocoaError::reading(errno, joined(path, name));
+    }
+    items.push_back({std::move(name), item.st_mode, item.st_size});
+  }
+  return items;
+}
+
+void collectItems(const std::string& root, const std::string& prefix, std::vector<DirectoryItem>& found) {
+  for (DirectoryItem& item : itemsIn(prefix.empty() ? root : joined(root, prefix))) {
+    item.path = joined(prefix, item.path);
+    found.push_back(std::move(item));
+    if (!S_ISDIR(found.back().mode)) continue;
+    const std::string path = found.back().path;
+    collectItems(root, path, found);
   }
 }
 
@@ -132,7 +151,8 @@ bool FileManager::isReadableFile(const std::string& path) const {
 
 std::vector<URL> FileManager::contentsOfDirectory(const URL& directory) const {
   std::vector<URL> found;
-  for (const std::string& name : namesIn(directory.path())) {
+  const std::string path = directory.path();
+  for (const std::string& name : namesIn(openDirectory(path), path)) {
     const URL item = directory.appendingPathComponent(name);
     found.push_back(isDirectory(item) ? item.appendingPathComponent("") : item);
   }
@@ -141,7 +161,13 @@ std::vector<URL> FileManager::contentsOfDirectory(const URL& directory) const {
 
 std::vector<std::string> FileManager::subpathsOfDirectory(const std::string& path) const {
   std::vector<std::string> found;
-  collectSubpaths(path, {}, found);
+  for (DirectoryItem& item : itemsBelowDirectory(path)) found.push_back(std::move(item.path));
+  return found;
+}
+
+std::vector<DirectoryItem> FileManager::itemsBelowDirectory(const std::string& path) const {
+  std::vector<DirectoryItem> found;
+  collectItems(path, {}, found);
   return found;
 }
 

@@ -21,6 +21,13 @@ struct FileAttributes {
   friend bool operator==(const FileAttributes&, const FileAttributes&) = default;
 };
 
+/// Something below a directory, as the file system described it when it was listed.
+struct DirectoryItem {
+  std::string path;  ///< relative to the directory
+  mode_t mode = 0;
+  std::int64_t size = 0;
+};
+
 /// The user's folders, where a program looks for and keeps its things.
 struct UserFolders {
   std::string home;
@@ -53,6 +60,8 @@ class PLATFORM_EXPORT FileManager {
   /// Paths of everything below a directory, relative to it, each directory before what it holds and names sorted by
   /// their bytes. Links are listed and not followed.
   std::vector<std::string> subpathsOfDirectory(const std::string& path) const;
+  /// The same with what the items are.
+  std::vector<DirectoryItem> itemsBelowDirectory(const std::string& path) const;
   /// The text of a symbolic link.
   std::string destinationOfSymbolicLink(const std::string& path) const;
 

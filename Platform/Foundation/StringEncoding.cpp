@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 
 namespace platform {
 
@@ -148,6 +149,18 @@ std::string normalized(std::string_view name) {
   return result;
 }
 
+/// How many ASCII characters the text starts with; eight at a time, since most texts are nothing else.
+std::size_t leadingASCII(std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  std::size_t at = 0;
+  for (std::uint64_t eight = 0; text.size() - at >= sizeof eight; at += sizeof eight) {
+    std::memcpy(&eight, text.data() + at, sizeof eight);
+    if ((eight & kHighBits) != 0) break;
+  }
+  while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80) ++at;
+  return at;
+}
+
 /// The length of the well-formed sequence that `text` starts with, or 0.
 std::size_t sequenceLength(std::string_view text) {
   const auto byte = [&](std::size_t at) { return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U; };
@@ -171,12 +184,13 @@ std::size_t sequenceLength(std::string_view text) {
 }  // namespace
 
 bool isValidUTF8(std::string_view text) {
-  while (!text.empty()) {
+  while (true) {
+    text.remove_prefix(leadingASCII(text));
+    if (text.empty()) return true;
     const std::size_t length = sequenceLength(text);
     if (length == 0) return false;
     text.remove_prefix(length);
   }
-  return true;
 }
 
 std::optional<std::string> decode(DataView bytes, StringEncoding encoding) {

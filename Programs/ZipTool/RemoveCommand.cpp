@@ -5,6 +5,12 @@
 #include "Programs/ZipTool/WorkMonitor.h"
 
 namespace ziptool {
+namespace {
+
+/// Copied between two looks at whether to stop.
+constexpr std::uint32_t kStep = 1 << 20;
+
+}  // namespace
 
 void run(const RemoveCommand& command) {
   const auto archive = openForChanging(command.archive);
@@ -12,7 +18,7 @@ void run(const RemoveCommand& command) {
   for (const auto& path : command.paths) entries.push_back(requireEntry(*archive, path));
   platform::Progress progress;
   const WorkMonitor monitor(progress, "removing");
-  archive->remove(entries, {.progress = &progress});
+  archive->remove(entries, {.bufferSize = kStep, .progress = &progress});
 }
 
 }  // namespace ziptool

@@ -60,14 +60,14 @@ void sweep(const std::string& name, const std::function<void()>& prepare, const 
   if (!fault::canStep()) GTEST_SKIP() << "system calls can't be stepped here";
   const auto body = [&work] { return statusOf(work); };
   prepare();
-  const fault::Outcome whole = fault::runStepped({}, body);
+  const fault::Outcome whole = fault::runStepped({.wholeTree = true}, body);
   ASSERT_TRUE(whole.succeeded());
   check();
   long points = 0;
   for (long call = 1; call <= whole.calls; call += fault::stride(kUsualStride)) {
     SCOPED_TRACE("killed at call " + std::to_string(call));
     prepare();
-    const auto outcome = fault::runStepped({.kind = fault::Injection::Kind::kill, .at = call}, body);
+    const auto outcome = fault::runStepped({.kind = fault::Injection::Kind::kill, .at = call, .wholeTree = true}, body);
     // The number of calls varies a little with the memory the process holds, so the last ones may not come.
     EXPECT_TRUE(!outcome.exitStatus || outcome.succeeded());
     if (!outcome.exitStatus) ++points;

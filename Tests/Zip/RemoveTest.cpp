@@ -1,7 +1,14 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <zlib.h>
 
+#include <iomanip>
+#include <sstream>
+
+#include "Platform/Foundation/FileDescriptor.h"
 #include "Tests/Zip/ArchiveFixture.h"
 
 namespace veltrik {
@@ -135,6 +142,45 @@ TEST_F(ArchiveFixture, RemovingKeepsTheFilesRightsAndGoesThroughLinks) {
   std::filesystem::remove(path);
   EXPECT_ANY_THROW(archive->remove(*archive->begin())) << "a vanished archive";
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(root_), {}), 1);
+}
+
+/// A file that replaces the archive has this name where there are no files without names, and for a moment before it
+/// takes the archive's.
+std::string leftoverName(const std::string& archive) {
+  std::ostringstream name;
+  name << ".replacement-" << std::hex << std::uppercase << std::setw(8) << std::setfill('0')
+       << ::crc32(0, reinterpret_cast<const Bytef*>(archive.data()), static_cast<uInt>(archive.size()));
+  return name.str();
+}
+
+TEST_F(ArchiveFixture, RemovingClearsAwayWhatAKilledRemovalLeftAndNothingElse) {
+  struct Case {
+    const char* why;
+    bool isLocked;
+    bool stays;
+  };
+  const auto path = root_ / "a.zip";
+  const auto left = root_ / leftoverName("a.zip");
+  for (const Case& row : {Case{"left by a killed process", false, false}, Case{"in use by a living one", true, true}}) {
+    writeText(path, platform::textOf(assembled({fileMember("a", "1"), fileMember("b", "2")})));
+    writeText(left, "half an archive");
+    const platform::FileDescriptor held(open(left.c_str(), O_RDONLY | O_CLOEXEC));
+    if (row.isLocked) {
+      ASSERT_EQ(flock(held.get(), LOCK_EX | LOCK_NB), 0);
+    }
+    const auto archive = Archive::open(url("a.zip"), {.accessMode = ArchiveAccessMode::update});
+    archive->remove(*archive->begin());
+    EXPECT_EQ(Archive::open(url("a.zip"))->begin()->path(), "b") << row.why;
+    EXPECT_EQ(std::filesystem::exists(left), row.stays) << row.why;
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(root_), {}), row.stays ? 2 : 1) << row.why;
+  }
+  std::filesystem::remove(left);
+  std::filesystem::create_directory(left);
+  writeText(path, platform::textOf(assembled({fileMember("a", "1"), fileMember("b", "2")})));
+  const auto archive = Archive::open(url("a.zip"), {.accessMode = ArchiveAccessMode::update});
+  archive->remove(*archive->begin());
+  EXPECT_EQ(Archive::open(url("a.zip"))->begin()->path(), "b") << "beside a folder of that name";
+  EXPECT_TRUE(std::filesystem::is_directory(left));
 }
 
 }  // namespace

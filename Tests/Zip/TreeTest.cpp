@@ -57,6 +57,32 @@ class TreeTest : public ArchiveFixture {
       utimensat(AT_FDCWD, (root_ / "tree" / name).c_str(), times, AT_SYMLINK_NOFOLLOW);
     }
   }
+  /// Enough for them to be worked on ahead, of sizes around those of blocks and of what is left to its turn.
+  void makeManyFiles() const {
+    const std::size_t sizes[] = {0, 1, 3000, 16383, 16384, 16385, 40000, 131072, 131073, 1 << 20, (1 << 20) + 1};
+    for (int folder = 0; folder < 8; ++folder) {
+      const fs::path path = root_ / "tree" / ("many" + std::to_string(folder));
+      fs::create_directories(path);
+      for (const std::size_t size : sizes) {
+        if (size >= 1 << 20 && folder > 0) continue;
+        std::string text;
+        while (text.size() < size) text += std::to_string(text.size() * 7919 % 1000 + static_cast<unsigned>(folder));
+        text.resize(size);
+        writeText(path / std::to_string(size), text);
+      }
+      const timespec times[] = {{1000000000, 0}, {1000000000, 0}};
+      utimensat(AT_FDCWD, path.c_str(), times, 0);
+    }
+  }
+  /// Files of one folder, in order, with a directory entry before them.
+  static std::vector<Member> manyMembers(const std::string& folder) {
+    std::vector<Member> members = {directoryMember(folder + "/")};
+    for (int number = 100; number < 200; ++number) {
+      const std::string name = folder + "/" + std::to_string(number);
+      members.push_back(number % 2 == 0 ? fileMember(name, name) : hostile::deflatedMember(name, name));
+    }
+    return members;
+  }
   void write(std::vector<Member> members) const {
     writeText(root_ / "a.zip", platform::textOf(assembled(std::move(members))));
   }
@@ -67,6 +93,83 @@ class TreeTest : public ArchiveFixture {
     return paths;
   }
 };
+
+TEST_F(TreeTest, ManyFilesGoInAndComeOutAsTheyWere) {
+  makeManyFiles();
+  for (const auto method : {CompressionMethod::none, CompressionMethod::deflate}) {
+    Progress in;
+    Progress out;
+    zipItem(url("tree"), url("a.zip"), {.shouldKeepParent = false, .compressionMethod = method, .progress = &in});
+    std::vector<std::string> told;
+    unzipItem(url("a.zip"), url("out"),
+              {.progress = &out, .extracted = [&](const Entry& entry, std::uint32_t checksum) {
+                 EXPECT_EQ(checksum, entry.checksum()) << entry.path();
+                 told.push_back(entry.path());
+               }});
+    EXPECT_EQ(described(root_ / "out"), described(root_ / "tree"));
+    std::vector<std::string> want = entries();
+    std::ranges::stable_partition(want, [](const std::string& path) { return path.ends_with('/'); });
+    EXPECT_EQ(told, want);
+    EXPECT_EQ(in.completedUnitCount(), in.totalUnitCount());
+    EXPECT_EQ(out.completedUnitCount(), out.totalUnitCount());
+    EXPECT_EQ(out.totalUnitCount(), in.totalUnitCount());
+    fs::remove_all(root_ / "out");
+    fs::remove(root_ / "a.zip");
+  }
+}
+
+/// Whatever ends the work at one of many entries: those before it are there, those behind it are not.
+TEST_F(TreeTest, WhatEndsUnpackingLeavesNothingOfLaterEntries) {
+  struct Case {
+    std::string failure;
+    std::function<void(Member&)> spoil;        ///< entry 150
+    std::function<void(Progress&)> interrupt;  ///< after entry 149
+    std::string left;                          ///< of entry 150
+  };
+  const Case cases[] = {
+      {"fileWriteFileExists", {}, [&](Progress&) { writeText(root_ / "out/d/150", "mine"); }, "mine"},
+      {"cancelledOperation", {}, [](Progress& progress) { progress.cancel(); }, ""},
+      {"invalidCompressionMethod", [](Member& member) { member.method = 12; }, {}, "nothing"},
+      {"corruptedData", [](Member& member) { member.method = 8; }, {}, ""},
+      {"fileReadInvalidFileName", [](Member& member) { member.name = "../150"; }, {}, "nothing"},
+  };
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.failure);
+    fs::remove_all(root_ / "out");
+    std::vector<Member> members = manyMembers("d");
+    if (row.spoil) row.spoil(members[51]);
+    write(members);
+    Progress progress;
+    const auto extracted = [&](const Entry& entry, std::uint32_t) {
+      if (entry.path() == "d/149" && row.interrupt) row.interrupt(progress);
+    };
+    EXPECT_EQ(failureOf([&] { unzipItem(url("a.zip"), url("out"), {.progress = &progress, .extracted = extracted}); }),
+              row.failure);
+    for (int number = 100; number < 200; ++number) {
+      const std::string name = std::to_string(number);
+      const fs::path path = root_ / "out/d" / name;
+      const std::string left = fs::exists(path) ? readText(path) : "nothing";
+      EXPECT_EQ(left, number < 150 ? "d/" + name : number == 150 ? row.left : "nothing") << name;
+    }
+  }
+}
+
+TEST_F(TreeTest, FilesThatAreNotWhatTheyShouldBeAreUnpackedAllTheSame) {
+  std::vector<Member> members = manyMembers("d");
+  members.erase(members.begin());  // The directory is made for the first file.
+  members[10].uncompressedSize = 1;
+  members[11].uncompressedSize = 1'000'000;
+  members[13].crc = 0;
+  write(members);
+  std::map<std::string, bool> isSound;
+  unzipItem(url("a.zip"), url("out"), {.extracted = [&](const Entry& entry, std::uint32_t checksum) {
+              isSound[entry.path()] = checksum == entry.checksum();
+            }});
+  EXPECT_EQ(readText(root_ / "out/d/110"), "d") << "stored: as much as it says";
+  EXPECT_EQ(readText(root_ / "out/d/111"), "d/111") << "deflated: to the end of the stream";
+  EXPECT_EQ(readText(root_ / "out/d/113"), "d/113");
+  for (const auto& [path, sound] : isSound) EXPECT_EQ(sound, path != "d/110" && path != "d/113") << path;
+}
 
 TEST_F(TreeTest, GoesInAndComesOutAsItWas) {
   makeTree();
@@ -111,6 +214,7 @@ TEST_F(TreeTest, EntriesAreNamedFromTheSourceOrItsParent) {
 
 TEST_F(TreeTest, ABatchIsByteForByteWhatSingleAdditionsMake) {
   makeTree();
+  makeManyFiles();
   zipItem(url("tree"), url("a.zip"), {.shouldKeepParent = false, .compressionMethod = CompressionMethod::deflate});
   const auto single = Archive::open(url("b.zip"), {.accessMode = ArchiveAccessMode::create});
   for (const std::string& path : platform::FileManager().subpathsOfDirectory((root_ / "tree").string())) {
