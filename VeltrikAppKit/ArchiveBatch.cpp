@@ -27,6 +27,8 @@ constexpr unsigned kMostEntries = std::numeric_limits<std::uint16_t>::max();
 /// What may stand between the directory and its end record, such as a signature. It is lost when the archive is
 /// changed.
 constexpr std::uint64_t kLargestGap = 1 << 20;
+/// Room for the structures of a few more entries.
+constexpr std::size_t kUsualGrowth = 4096;
 
 [[noreturn]] void refuse(ArchiveError::Case code, const char* cause) {
   throw ArchiveError(code, cause);
@@ -57,7 +59,10 @@ void requireSoundDirectory(const ArchiveState& state) {
 platform::Data readTail(const ArchiveState& state) {
   requireSoundDirectory(state);
   const std::uint64_t start = state.endRecord.offsetToStartOfCentralDirectory;
-  platform::Data tail(static_cast<std::size_t>(state.stream->size() - start));
+  const auto size = static_cast<std::size_t>(state.stream->size() - start);
+  platform::Data tail;
+  tail.reserve(size + kUsualGrowth);
+  tail.resize(size);
   tail.resize(state.stream->readAt(start, tail));
   return tail;
 }
@@ -361,26 +366,36 @@ void ArchiveBatch::addLink(std::string_view path, const ItemPlace& place, const 
 }
 
 void ArchiveBatch::commit() {
-  const DataView directory = DataView(*state_.tail).first(state_.endRecord.sizeOfCentralDirectory);
+  platform::Data& tail = *state_.tail;
+  const std::size_t directorySize = state_.endRecord.sizeOfCentralDirectory;
+  // In a new archive, which may have a great many, the new structures are all there are: they need not be copied.
+  platform::Data& kept = directorySize == 0 ? newStructures_ : tail;
   const std::uint64_t start = writer_.position();
   requireOffset(start);
   endRecord_.offsetToStartOfCentralDirectory = static_cast<std::uint32_t>(start);
   const platform::Data end = endRecord_.data();
-  // In a new archive, which may have a great many, the new structures are all there are: nothing is copied.
-  platform::Data tail = std::move(newStructures_);
-  tail.insert(tail.begin(), directory.begin(), directory.end());
-  platform::append(tail, end);
+  const std::size_t size = directorySize + newStructures_.size() + end.size();
   try {
-    writer_.append(tail);
+    // First of all, since nothing may fail once the archive is changed.
+    kept.reserve(size);
+    for (const DataView part : {DataView(tail).first(directorySize), DataView(newStructures_), DataView(end)}) {
+      writer_.append(part);
+    }
     writer_.commit();
   } catch (...) {
     undo();
     throw;
   }
   isOver_ = true;
-  state_.endRecordOffset = start + tail.size() - end.size();
+  if (&kept == &tail) {
+    tail.resize(directorySize);
+    platform::append(tail, newStructures_);
+  } else {
+    tail = std::move(newStructures_);
+  }
+  platform::append(tail, end);
+  state_.endRecordOffset = start + size - end.size();
   state_.endRecord = endRecord_;
-  state_.tail = std::move(tail);
   state_.streamChanged();
 }
 

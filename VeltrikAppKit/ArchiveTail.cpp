@@ -32,7 +32,11 @@ platform::DataView TailWriter::pendingTail() const {
 
 std::span<std::byte> TailWriter::room(std::size_t count) {
   if (pendingTail().size() >= kTailStep) flushTail();
-  if (buffer_.size() - used_ < count) buffer_.resize(std::max(used_ + count, buffer_.size() + buffer_.size() / 2));
+  if (buffer_.size() - used_ < count) {
+    // The head is held back whole, so that all of it is needed at last.
+    const std::size_t usual = used_ < headLimit_ ? headLimit_ + kTailStep : buffer_.size() + buffer_.size() / 2;
+    buffer_.resize(std::max(used_ + count, usual));
+  }
   return std::span(buffer_).subspan(used_, count);
 }
 

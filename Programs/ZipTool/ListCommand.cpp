@@ -3,9 +3,10 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <chrono>
+#include <cstdint>
 #include <nlohmann/json.hpp>
+#include <span>
 
 #include "Programs/ZipTool/Commands.h"
 #include "Programs/ZipTool/OpenArchive.h"
@@ -47,59 +48,74 @@ std::string methodOf(const Entry& entry) {
 
 // Written out by hand: formatting by patterns took as long as everything else that listing does.
 
-void appendRight(std::string& out, std::string_view text, std::size_t width) {
-  out.append(width - std::min(width, text.size()), ' ');
-  out.append(text);
-}
-
-void appendRight(std::string& out, std::int64_t number, std::size_t width, int base = 10) {
-  std::array<char, 24> digits{};
-  const auto end = std::to_chars(digits.begin(), digits.end(), number, base).ptr;
-  appendRight(out, {digits.begin(), end}, width);
-}
-
-void appendTwoDigits(std::string& out, std::int64_t number) {
-  out.push_back(static_cast<char>('0' + number / 10 % 10));
-  out.push_back(static_cast<char>('0' + number % 10));
+/// Writes a number's last digits into the whole of a place, with zeros in front.
+void putDigits(std::span<char> place, std::uint64_t number) {
+  for (auto digit = place.rbegin(); digit != place.rend(); ++digit, number /= 10) {
+    *digit = static_cast<char>('0' + number % 10);
+  }
 }
 
 /// "2021-05-06", `between`, "07:08:10" in UTC.
-void appendTime(std::string& out, veltrik::Date date, char between) {
+using TimeText = std::array<char, 19>;
+TimeText timeText(veltrik::Date date, char between) {
   const auto day = std::chrono::floor<std::chrono::days>(date);
   const std::chrono::year_month_day calendar(day);
   const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::seconds>(date - day));
-  appendTwoDigits(out, static_cast<int>(calendar.year()) / 100);
-  appendTwoDigits(out, static_cast<int>(calendar.year()));
-  out.push_back('-');
-  appendTwoDigits(out, static_cast<unsigned>(calendar.month()));
-  out.push_back('-');
-  appendTwoDigits(out, static_cast<unsigned>(calendar.day()));
-  out.push_back(between);
-  appendTwoDigits(out, clock.hours().count());
-  out.push_back(':');
-  appendTwoDigits(out, clock.minutes().count());
-  out.push_back(':');
-  appendTwoDigits(out, clock.seconds().count());
+  TimeText text = {'Y', 'Y', 'Y', 'Y', '-', 'M', 'M', '-', 'D', 'D', between, 'H', 'H', ':', 'M', 'M', ':', 'S', 'S'};
+  const std::span all(text);
+  putDigits(all.subspan(0, 4), static_cast<std::uint64_t>(static_cast<int>(calendar.year())));
+  putDigits(all.subspan(5, 2), static_cast<unsigned>(calendar.month()));
+  putDigits(all.subspan(8, 2), static_cast<unsigned>(calendar.day()));
+  putDigits(all.subspan(11, 2), static_cast<std::uint64_t>(clock.hours().count()));
+  putDigits(all.subspan(14, 2), static_cast<std::uint64_t>(clock.minutes().count()));
+  putDigits(all.subspan(17, 2), static_cast<std::uint64_t>(clock.seconds().count()));
+  return text;
 }
+
+/// Everything in a line before the name, in columns that are wide enough for the largest values.
+class Columns {
+ public:
+  Columns() { text_.fill(' '); }
+
+  void putLeft(std::string_view text, std::size_t width) {
+    std::ranges::copy(text, text_.begin() + static_cast<std::ptrdiff_t>(used_));
+    used_ += width;
+  }
+  void putRight(std::string_view text, std::size_t width) {
+    used_ += width;
+    std::ranges::copy_backward(text, text_.begin() + static_cast<std::ptrdiff_t>(used_));
+  }
+  void putNumber(std::uint64_t number, std::size_t width, unsigned base = 10) {
+    used_ += width;
+    std::size_t at = used_;
+    do text_[--at] = static_cast<char>('0' + number % base);
+    while ((number /= base) != 0);
+  }
+  std::string_view text() const { return {text_.data(), used_}; }
+
+ private:
+  std::array<char, 64> text_;
+  std::size_t used_ = 0;
+};
 
 void appendLine(std::string& out, const Entry& entry) {
   const auto attributes = entry.fileAttributes();
-  const std::string_view type = nameOf(entry.type());
-  out.append(type).append(kTypeWidth - type.size(), ' ');
-  appendRight(out, attributes.posixPermissions, 5, 8);
-  appendRight(out, methodOf(entry), 8);
-  appendRight(out, entry.uncompressedSize(), 11);
-  out.push_back(' ');
-  appendTime(out, attributes.modificationDate, ' ');
-  out.push_back(' ');
+  const TimeText time = timeText(attributes.modificationDate, ' ');
+  Columns columns;
+  columns.putLeft(nameOf(entry.type()), kTypeWidth);
+  columns.putNumber(attributes.posixPermissions, 5, 8);
+  columns.putRight(methodOf(entry), 8);
+  columns.putNumber(static_cast<std::uint64_t>(entry.uncompressedSize()), 11);
+  columns.putRight({time.data(), time.size()}, time.size() + 1);
+  columns.putLeft({}, 1);
+  out.append(columns.text());
   out.append(outputIsTerminal() ? escapedControls(entry.path()) : entry.path());
   out.push_back('\n');
 }
 
 std::string jsonOf(const Entry& entry) {
   const auto attributes = entry.fileAttributes();
-  std::string modified;
-  appendTime(modified, attributes.modificationDate, 'T');
+  const TimeText modified = timeText(attributes.modificationDate, 'T');
   const nlohmann::ordered_json object{
       {"path", entry.path()},
       {"type", nameOf(entry.type())},
@@ -108,7 +124,7 @@ std::string jsonOf(const Entry& entry) {
       {"uncompressedSize", entry.uncompressedSize()},
       {"crc32", fmt::format(FMT_COMPILE("{:08x}"), entry.checksum())},
       {"permissions", fmt::format(FMT_COMPILE("{:o}"), attributes.posixPermissions)},
-      {"modified", modified + "Z"},
+      {"modified", std::string(modified.begin(), modified.end()) + "Z"},
   };
   // Control characters are escaped by JSON itself, but for DEL and the C1 set, which a terminal may take for commands.
   return object.dump(-1, ' ', outputIsTerminal());

@@ -146,6 +146,27 @@ class Commands(ToolTestCase):
         with zipfile.ZipFile(stored) as opened:
             self.assertIsNotNone(opened.testzip())
 
+    def test_many_files_are_worked_on_side_by_side(self):
+        tree = self.folder / "many"
+        tree.mkdir()
+        for number in range(300):
+            (tree / f"{number:03}").write_bytes(b"content %d\n" % number * (number % 50))
+        for method in ("none", "deflate"):
+            archive = self.folder / f"{method}.zip"
+            self.succeed("create", "--method", method, archive, tree)
+            self.succeed("test", archive)
+            self.succeed("extract", archive, self.folder / f"{method} out")
+            self.assertEqual(snapshot(self.folder / f"{method} out"), snapshot(tree))
+        data = bytearray((self.folder / "none.zip").read_bytes())
+        spoilt = (3, 77, 140, 141, 299)
+        for number in spoilt:
+            data[data.index(b"content %d\n" % number)] ^= 1
+        (self.folder / "none.zip").write_bytes(data)
+        for verb, *operands in (["test"], ["extract", self.folder / "damaged"]):
+            done = run(verb, self.folder / "none.zip", *operands)
+            self.assertEqual(done.returncode, 1)
+            self.assertEqual(done.stdout.decode(), "".join(f"damaged: {number:03}\n" for number in spoilt))
+
     def test_damaged_archives(self):
         data = self.archive.read_bytes()
         for name, damaged in {"empty": b"", "no archive": b"x" * 1000, "cut": data[:-30]}.items():
