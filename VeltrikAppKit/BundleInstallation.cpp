@@ -76,7 +76,8 @@ void BundleInstallation::makeBackup() {
   recover();
   if (hasBackup()) throw CocoaError::writing(EEXIST, backup_.path());
   files_.createDirectory(work_, false);
-  files_.copyItem(installed_, inside(kBackup));
+  // Bundles are replaced and never written into, so second names for the files do for a copy.
+  files_.linkItem(installed_, inside(kBackup));
   files_.synchronizeFileSystem(work_);
   files_.moveItem(inside(kBackup), backup_);
   try {

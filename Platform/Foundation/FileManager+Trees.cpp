@@ -107,6 +107,12 @@ void copyFile(const Place& source, const struct stat& status, const Place& desti
   if (!to.close()) throw CocoaError::writing(errno, destination.path);
 }
 
+/// A second name for the file; a copy where the file system has none, or doesn't let this user make one.
+void linkFile(const Place& source, const struct stat& status, const Place& destination) {
+  if (linkat(source.directory, source.name.c_str(), destination.directory, destination.name.c_str(), 0) != 0)
+    copyFile(source, status, destination);
+}
+
 void copyLink(const Place& source, const Place& destination) {
   std::array<char, PATH_MAX> target{};
   const ssize_t length = readlinkat(source.directory, source.name.c_str(), target.data(), target.size() - 1);
@@ -116,29 +122,32 @@ void copyLink(const Place& source, const Place& destination) {
   }
 }
 
-void copyAny(const Place& source, const Place& destination);
+/// How a regular file gets to its destination: `copyFile` or `linkFile`.
+using FileStep = void (*)(const Place& source, const struct stat& status, const Place& destination);
 
-void copyDirectory(const Place& source, const struct stat& status, const Place& destination) {
+void copyAny(const Place& source, const Place& destination, FileStep fileStep);
+
+void copyDirectory(const Place& source, const struct stat& status, const Place& destination, FileStep fileStep) {
   const FileDescriptor from = openDirectory(source);
   if (mkdirat(destination.directory, destination.name.c_str(), 0700) != 0) {
     throw CocoaError::writing(errno, destination.path);
   }
   const FileDescriptor to = openDirectory(destination);
   forEachName(from, source.path, [&](const std::string& name) {
-    copyAny(source.below(from.get(), name), destination.below(to.get(), name));
+    copyAny(source.below(from.get(), name), destination.below(to.get(), name), fileStep);
   });
   applyStatus(to.get(), status, destination);
 }
 
-void copyAny(const Place& source, const Place& destination) {
+void copyAny(const Place& source, const Place& destination, FileStep fileStep) {
   const struct stat status = source.status();
   switch (status.st_mode & S_IFMT) {
     case S_IFDIR:
-      return copyDirectory(source, status, destination);
+      return copyDirectory(source, status, destination, fileStep);
     case S_IFLNK:
       return copyLink(source, destination);
     case S_IFREG:
-      return copyFile(source, status, destination);
+      return fileStep(source, status, destination);
     default:
       throw CocoaError(CocoaError::Code::fileReadUnknown, source.path, "neither a file nor a directory nor a link");
   }
@@ -160,21 +169,29 @@ void requireAbsent(const FileManager& files, const URL& url) {
   }
 }
 
-}  // namespace
-
-void FileManager::copyItem(const URL& source, const URL& destination) const {
-  requireAbsent(*this, destination);
+void copyWhole(const FileManager& files, const URL& source, const URL& destination, FileStep fileStep) {
+  requireAbsent(files, destination);
   try {
-    copyAny(placeOf(source), placeOf(destination));
+    copyAny(placeOf(source), placeOf(destination), fileStep);
   } catch (...) {
     // Half a copy must not pass for a whole one.
     try {
-      if (isReachableItem(destination)) removeItem(destination);
+      if (files.isReachableItem(destination)) files.removeItem(destination);
     } catch (const CocoaError&) {
       // The first failure is the one to tell.
     }
     throw;
   }
+}
+
+}  // namespace
+
+void FileManager::copyItem(const URL& source, const URL& destination) const {
+  copyWhole(*this, source, destination, copyFile);
+}
+
+void FileManager::linkItem(const URL& source, const URL& destination) const {
+  copyWhole(*this, source, destination, linkFile);
 }
 
 void FileManager::moveItem(const URL& source, const URL& destination) const {

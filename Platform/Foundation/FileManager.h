@@ -86,6 +86,9 @@ class PLATFORM_EXPORT FileManager {
   // Moving. All refuse a destination that exists, but `replaceItem`.
   /// Copies a file, a link, or a directory with everything in it; permissions and times as well.
   void copyItem(const URL& source, const URL& destination) const;
+  /// As `copyItem`, but files become hard links where the file system has them: no bytes move, and what is later
+  /// written into such a file is seen under both names.
+  void linkItem(const URL& source, const URL& destination) const;
   /// Renames; between file systems copies and then removes the source.
   void moveItem(const URL& source, const URL& destination) const;
   /// Removes an item and, if it is a directory, everything in it. Links are removed, not followed.

@@ -131,15 +131,28 @@ TEST_F(FileManagerTest, CopiesATreeAsItIs) {
   files_.setAttributes({.posixPermissions = 0555, .modificationDate = std::chrono::system_clock::from_time_t(1000)},
                        path("d/sub"));
   files_.copyItem(url("d"), url("copy"));
-  struct stat sub {};
-  struct stat run {};
-  ASSERT_EQ(stat(path("copy/sub").c_str(), &sub), 0);
-  ASSERT_EQ(stat(path("copy/sub/run").c_str(), &run), 0);
-  EXPECT_EQ(sub.st_mode & 07777, 0555U);
-  EXPECT_EQ(sub.st_mtime, 1000);
-  EXPECT_EQ(run.st_mode & 07777, 0750U);
-  EXPECT_EQ(read("copy/sub/run"), "#!/bin/sh\n");
-  EXPECT_EQ(files_.destinationOfSymbolicLink(path("copy/link")), "sub/run");
+  files_.linkItem(url("d"), url("linked"));
+  for (const std::string name : {"copy", "linked"}) {
+    struct stat sub {};
+    struct stat run {};
+    ASSERT_EQ(stat(path(name + "/sub").c_str(), &sub), 0);
+    ASSERT_EQ(stat(path(name + "/sub/run").c_str(), &run), 0);
+    EXPECT_EQ(sub.st_mode & 07777, 0555U);
+    EXPECT_EQ(sub.st_mtime, 1000);
+    EXPECT_EQ(run.st_mode & 07777, 0750U);
+    EXPECT_EQ(read(name + "/sub/run"), "#!/bin/sh\n");
+    EXPECT_EQ(files_.destinationOfSymbolicLink(path(name + "/link")), "sub/run");
+  }
+  EXPECT_FALSE(files_.isSameItem(url("copy/sub/run"), url("d/sub/run")));
+  EXPECT_TRUE(files_.isSameItem(url("linked/sub/run"), url("d/sub/run")));
+}
+
+TEST_F(FileManagerTest, LinkingCopiesWhereTheFileSystemHasNoSecondNames) {
+  const auto elsewhere = URL::fileURL("/var/tmp/" + root_.filename().string());
+  write("f", "bytes");
+  files_.linkItem(url("f"), elsewhere);
+  EXPECT_EQ(textOf(files_.contents(elsewhere)), "bytes");
+  files_.removeItem(elsewhere);
 }
 
 TEST_F(FileManagerTest, HalfACopyIsNoCopy) {

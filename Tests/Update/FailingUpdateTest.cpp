@@ -25,7 +25,7 @@ struct Failure {
 };
 
 std::vector<long> movingCalls() {
-  return {SYS_rename, SYS_renameat, SYS_renameat2, SYS_copy_file_range, SYS_ioctl};
+  return {SYS_rename, SYS_renameat, SYS_renameat2, SYS_linkat, SYS_copy_file_range, SYS_ioctl};
 }
 
 /// A descriptor is closed even where closing fails, which leaving out the call would not show.
@@ -102,7 +102,7 @@ class FileSystems : public testing::Test {
 };
 
 TEST_F(FileSystems, AnotherOneThanThatOfTheDownload) {
-  const SmallDisk disk(bench.root / "install", "4m");
+  const SmallDisk disk(bench.root / "install", "size=4m");
   if (!disk.isMounted()) GTEST_SKIP() << "nothing can be mounted here";
   bench.makeInstalled();
   bench.makeUpdate(bench.archive());
@@ -112,7 +112,7 @@ TEST_F(FileSystems, AnotherOneThanThatOfTheDownload) {
 
 TEST_F(FileSystems, OneInLayersThatMovesNoFolders) {
   const auto layers = bench.root / "layers";
-  const SmallDisk disk(layers, "8m");
+  const SmallDisk disk(layers, "size=8m");
   if (!disk.isMounted()) GTEST_SKIP() << "nothing can be mounted here";
   filesystem::copy(bench.root / "install", layers / "lower",
                    filesystem::copy_options::recursive | filesystem::copy_options::copy_symlinks);
@@ -130,14 +130,14 @@ TEST_F(FileSystems, OneInLayersThatMovesNoFolders) {
 
 struct SizeRow {
   const char* name;
-  const char* size;
+  const char* limits;
   const char* lastLine;
 };
 
 class TooSmall : public FileSystems, public testing::WithParamInterface<SizeRow> {};
 
 TEST_P(TooSmall, TheOldVersionStays) {
-  const SmallDisk disk(bench.root / "install", GetParam().size);
+  const SmallDisk disk(bench.root / "install", GetParam().limits);
   if (!disk.isMounted()) GTEST_SKIP() << "nothing can be mounted here";
   bench.makeInstalled();
   const auto before = treeOf(bench.installed());
@@ -151,8 +151,8 @@ TEST_P(TooSmall, TheOldVersionStays) {
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, TooSmall,
-    testing::Values(SizeRow{"ForTheBackup", "100k", "installAndRestart> failed to copy backup file"},
-                    SizeRow{"ForTheNewVersion", "256k", "rollback> restore target file is already exist = "}),
+    testing::Values(SizeRow{"ForTheBackup", "nr_inodes=40", "installAndRestart> failed to copy backup file"},
+                    SizeRow{"ForTheNewVersion", "size=256k", "rollback> restore target file is already exist = "}),
     [](const auto& row) { return row.param.name; });
 
 TEST_F(FileSystems, AFolderThatAnOrdinaryUserMayNotChange) {

@@ -60,7 +60,7 @@ TEST_F(KilledUpdate, ThatFollowsAKilledOne) {
 }
 
 TEST_F(KilledUpdate, ThatIsRolledBack) {
-  const SmallDisk disk(bench.root / "install", "256k");
+  const SmallDisk disk(bench.root / "install", "size=256k");
   if (!disk.isMounted()) GTEST_SKIP() << "nothing can be mounted here";
   writeText(bench.root / "packed/Mirelo.app/Contents/Resources/large", std::string(400'000, 'x'));
   bench.pack(bench.root / "update.zip");

@@ -114,9 +114,10 @@ class UpdateBench {
 /// A file system of its own in memory, of so many bytes.
 class SmallDisk {
  public:
-  SmallDisk(std::filesystem::path at, const std::string& size) : at_(std::move(at)) {
+  /// `limits` as the mount option says them: "size=4m".
+  SmallDisk(std::filesystem::path at, const std::string& limits) : at_(std::move(at)) {
     std::filesystem::create_directories(at_);
-    mounted_ = mount("tmpfs", at_.c_str(), "tmpfs", 0, ("size=" + size).c_str()) == 0;
+    mounted_ = mount("tmpfs", at_.c_str(), "tmpfs", 0, limits.c_str()) == 0;
   }
   ~SmallDisk() {
     if (mounted_) umount2(at_.c_str(), MNT_DETACH);
