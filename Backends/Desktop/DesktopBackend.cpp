@@ -97,12 +97,12 @@ struct DesktopBackend::Parts {
         tray(options.identifier),
         folders(userFolders()) {}
 
+  DesktopText text;
   Application application;
   Sweeper sweeper;
   DesktopLoop loop;
   SelectionReader selections;
   DesktopWindowHost windows;
-  DesktopText text;
   DesktopClipboard clipboard{selections};
   SessionBus bus;
   DBusBroadcast broadcast{bus};

@@ -1,5 +1,7 @@
 #include "Backends/Desktop/DesktopText.h"
 
+#include <fontconfig/fontconfig.h>
+
 #include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QPainter>
@@ -173,9 +175,12 @@ void DesktopTextLayout::draw(QPainter& painter, const QPointF& topLeft) const {
   for (const Paragraph& paragraph : paragraphs_) paragraph.layout->draw(&painter, topLeft);
 }
 
+DesktopText::DesktopText() : fontReader_([] { FcInit(); }) {}
+
 std::shared_ptr<const platform::port::TextLayout> DesktopText::layout(std::u16string_view text,
                                                                       std::span<const TextRun> runs,
                                                                       const TextOptions& options) {
+  if (fontReader_.joinable()) fontReader_.join();
   return std::make_shared<DesktopTextLayout>(text, runs, options);
 }
 

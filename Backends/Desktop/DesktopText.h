@@ -2,6 +2,7 @@
 
 #include <QTextLayout>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include "Platform/Port/Text.h"
@@ -40,11 +41,17 @@ class DesktopTextLayout final : public platform::port::TextLayout {
   platform::Size size_;
 };
 
+/// Made before the toolkit's application: reading the system's font configuration takes a third of the time until a
+/// window appears, so another thread does it while the toolkit starts.
 class DesktopText final : public platform::port::TextMeasure {
  public:
+  DesktopText();
   std::shared_ptr<const platform::port::TextLayout> layout(std::u16string_view text,
                                                            std::span<const platform::port::TextRun> runs,
                                                            const platform::port::TextOptions& options) override;
+
+ private:
+  std::jthread fontReader_;
 };
 
 }  // namespace desktop
