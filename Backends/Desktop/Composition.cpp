@@ -35,6 +35,7 @@ void Composition::handle(const QInputMethodEvent& event, platform::port::Surface
     sink.surfaceCommittedText(commit.toStdU16String());
     if (!alive()) return;
   }
+  if (!commits && event.preeditString().isEmpty() && !before.isEmpty()) withdrawn_ = before;
   const bool vanished = event.preeditString().isEmpty() && (before.isEmpty() || commits);
   if (!vanished) sink.surfaceMarkedText(event.preeditString().toStdU16String(), caretIn(event));
 }
@@ -48,8 +49,10 @@ void Composition::end() {
 }
 
 void Composition::abandon(platform::port::SurfaceSink& sink) {
-  if (const QString composed = std::exchange(preedit_, QString()); !composed.isEmpty())
-    sink.surfaceCommittedText(composed.toStdU16String());
+  const QString composed = std::exchange(preedit_, QString());
+  const QString withdrawn = std::exchange(withdrawn_, QString());
+  const QString& left = composed.isEmpty() ? withdrawn : composed;
+  if (!left.isEmpty()) sink.surfaceCommittedText(left.toStdU16String());
 }
 
 void Composition::setIgnoring(bool ignoring) {

@@ -20,7 +20,10 @@ class Composition {
   void handle(const QInputMethodEvent& event, platform::port::SurfaceSink& sink, const std::function<bool()>& alive);
   /// Makes the input method forget its preedit.
   void end();
-  /// The input method is gone or silent: what it composed becomes text. The sink may be gone afterwards.
+  /// A key goes to the input method.
+  void keyAsked() { withdrawn_.clear(); }
+  /// The input method is gone or silent: what it composed becomes text, also what was withdrawn since the last key,
+  /// which is what some do when they die. The sink may be gone afterwards.
   void abandon(platform::port::SurfaceSink& sink);
   /// From now on nothing counts that the input method says, until it is given up with `false`.
   void setIgnoring(bool ignoring);
@@ -30,6 +33,7 @@ class Composition {
 
   QString preedit_;
   QString ended_;
+  QString withdrawn_;
   bool ignoring_ = false;
   QElapsedTimer sinceEnd_;
 };

@@ -140,6 +140,8 @@ bool KeyFilter::report(const KeyEvent& event, bool repeated) {
 
 void KeyFilter::beginFlight(const KeyEvent& event) {
   flight_ = event;
+  flightCall_ = nullptr;
+  composition_.keyAsked();
   patience_.start(kPatience);
   // The toolkit hands the key to the input method as soon as this filter returns.
   QTimer::singleShot(0, &context_, [this] { lookForAnswer(); });
@@ -150,6 +152,7 @@ void KeyFilter::lookForAnswer() {
   const auto calls = openCalls();
   for (QDBusPendingCallWatcher* call : calls) watch(*call);
   // Releases of earlier keys are asked about too; the key's own call is the newest.
+  if (!flightCall_ && !calls.isEmpty()) flightCall_ = calls.back();
   if (calls.isEmpty()) {
     // An answer on the spot overtakes what the input method said before it, which is still in our queue.
     QMetaObject::invokeMethod(
@@ -160,21 +163,37 @@ void KeyFilter::lookForAnswer() {
 }
 
 /// An answer that has come in may still wait for its turn behind what the input method said before it, so a call counts
-/// until the toolkit is done with it, which is when it deletes it.
+/// until the toolkit is done with it, which is when it deletes it, at times before others hear that it has finished.
 void KeyFilter::watch(QDBusPendingCallWatcher& call) {
   if (!watched_.insert(&call).second) return;
   if (!call.isFinished())
     QObject::connect(&call, &QDBusPendingCallWatcher::finished, &context_, [this](QDBusPendingCallWatcher* done) {
-      if (!done->isError())
-        answered_ = true;
-      else if (flight_)
-        giveBack();
+      if (done->isError() && done == flightCall_) giveBack();
     });
-  QObject::connect(&call, &QObject::destroyed, &context_, [this](QObject* gone) {
+  QObject::connect(&call, &QObject::destroyed, &context_, [this, answer = QDBusPendingCall(call)](QObject* gone) {
     watched_.erase(gone);
+    if (answer.isFinished() && !answer.isError())
+      answered_ = true;
+    else if (gone == flightCall_)
+      giveBack();
+    answered(gone);
     if (unanswered_ && answered_ && openCalls().isEmpty()) heardAgain();
     lookForAnswer();
   });
+}
+
+/// What the input method leaves to us comes without the time of the key from some, so it is known by its call.
+void KeyFilter::answered(const QObject* call) {
+  const auto key = std::ranges::find(givenBack_, call, &GivenBack::call);
+  if (key == givenBack_.end()) return;
+  *key = {key->event, nullptr, true};
+  QMetaObject::invokeMethod(
+      &context_,
+      [this] {
+        QWindowSystemInterface::sendWindowSystemEvents(QEventLoop::AllEvents);
+        std::erase_if(givenBack_, [](const GivenBack& each) { return each.answered; });
+      },
+      Qt::QueuedConnection);
 }
 
 void KeyFilter::endFlight(const KeyEvent& key) {
@@ -205,7 +224,7 @@ void KeyFilter::giveBack() {
   const KeyEvent event = *std::exchange(flight_, std::nullopt);
   returning_ = false;
   patience_.stop();
-  givenBack_.push_back(event);
+  givenBack_.push_back({event, std::exchange(flightCall_, nullptr)});
   if (givenBack_.size() > kRemembered) givenBack_.pop_front();
   const auto input = keyboard_.input(event.detail, event.state, true);
   if (SurfaceSink* sink = finder_(event.event)) composition_.abandon(*sink);
@@ -230,8 +249,8 @@ void KeyFilter::resume() {
 
 std::optional<KeyInput> KeyFilter::afterInputMethod(const QKeyEvent& event) {
   auto keycode = static_cast<std::uint8_t>(event.nativeScanCode());
-  const auto reported = std::find_if(givenBack_.begin(), givenBack_.end(), [&](const KeyEvent& key) {
-    return key.detail == keycode && key.time == event.timestamp();
+  const auto reported = std::ranges::find_if(givenBack_, [&](const GivenBack& key) {
+    return key.event.detail == keycode && (key.call || key.answered || key.event.time == event.timestamp());
   });
   if (reported != givenBack_.end()) {
     givenBack_.erase(reported);

@@ -56,6 +56,7 @@ class KeyFilter final : public QAbstractNativeEventFilter {
   void lookForAnswer();
   void watch(QDBusPendingCallWatcher& call);
   void endFlight(const KeyEvent& key);
+  void answered(const QObject* call);
   void giveBack();
   void fallSilent();
   void heardAgain();
@@ -72,7 +73,14 @@ class KeyFilter final : public QAbstractNativeEventFilter {
   bool returning_ = false;   ///< the key in flight was sent to ourselves once more and hasn't come yet
   bool unanswered_ = false;  ///< the input method was silent; nothing goes to it but releases, until it answers
   bool answered_ = false;    ///< since it fell silent
-  std::deque<KeyEvent> givenBack_;
+  /// A key that was reported without the input method, which may still leave it to us: then it is not reported again.
+  struct GivenBack {
+    KeyEvent event;
+    const QObject* call = nullptr;  ///< the open question about it
+    bool answered = false;          ///< the last that is said of it is in the toolkit's queue
+  };
+  std::deque<GivenBack> givenBack_;
+  const QObject* flightCall_ = nullptr;  ///< the question about the key in flight, once it is asked
   QTimer patience_;
   std::set<const QObject*> watched_;
   struct Held {
