@@ -22,7 +22,7 @@ constexpr const char* kModalTitle = "MIRELO";
 
 std::shared_ptr<NSAlert> makeAlert(const std::string& title, const std::string& message,
                                    const std::string& confirmTitle, const std::optional<std::string>& cancelTitle) {
-  const auto alert = NSAlert::make();
+  auto alert = NSAlert::make();
   alert->setAlertStyle(platform::AlertStyle::informational);
   alert->setMessageText(title);
   alert->setInformativeText(message);

@@ -10,7 +10,8 @@ namespace desktop {
 
 namespace {
 
-constexpr qint64 kEchoMilliseconds = 150;
+/// Time for a busy input method; a preedit that it begins ends the wait before.
+constexpr qint64 kEchoMilliseconds = 1000;
 
 std::size_t caretIn(const QInputMethodEvent& event) {
   for (const QInputMethodEvent::Attribute& attribute : event.attributes())
@@ -31,6 +32,7 @@ void Composition::handle(const QInputMethodEvent& event, platform::port::Surface
     if (!alive()) return;
   }
   const bool commits = !commit.isEmpty() && !isEcho(commit);
+  if (!event.preeditString().isEmpty()) ended_.clear();
   if (commits) {
     sink.surfaceCommittedText(commit.toStdU16String());
     if (!alive()) return;

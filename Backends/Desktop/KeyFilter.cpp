@@ -141,6 +141,7 @@ bool KeyFilter::report(const KeyEvent& event, bool repeated) {
 void KeyFilter::beginFlight(const KeyEvent& event) {
   flight_ = event;
   flightCall_ = nullptr;
+  flightReported_ = false;
   composition_.keyAsked();
   patience_.start(kPatience);
   // The toolkit hands the key to the input method as soon as this filter returns.
@@ -256,6 +257,7 @@ std::optional<KeyInput> KeyFilter::afterInputMethod(const QKeyEvent& event) {
     givenBack_.erase(reported);
     return std::nullopt;
   }
+  if (flight_ && flight_->detail == keycode && flight_->time == event.timestamp()) flightReported_ = true;
   if (keycode == 0) keycode = keyboard_.keycodeOf(event.nativeVirtualKey());
   auto input = keyboard_.input(keycode, static_cast<std::uint16_t>(event.nativeModifiers()), true);
   if (!input) return std::nullopt;
@@ -266,7 +268,7 @@ std::optional<KeyInput> KeyFilter::afterInputMethod(const QKeyEvent& event) {
 }
 
 void KeyFilter::keyReported() {
-  if (flight_ && !returning_ && openCalls().isEmpty()) {
+  if (flight_ && !returning_ && (flightReported_ || openCalls().isEmpty())) {
     flight_.reset();
     patience_.stop();
     resume();

@@ -80,6 +80,7 @@ class KeyFilter final : public QAbstractNativeEventFilter {
     bool answered = false;          ///< the last that is said of it is in the toolkit's queue
   };
   std::deque<GivenBack> givenBack_;
+  bool flightReported_ = false;  ///< the input method, or a toolkit without one, has left the key in flight to us
   const QObject* flightCall_ = nullptr;  ///< the question about the key in flight, once it is asked
   QTimer patience_;
   std::set<const QObject*> watched_;

@@ -22,7 +22,7 @@ class StatusNotifierItem final : public platform::port::TrayItem {
   StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
 
   void setPictures(std::vector<platform::Bitmap> pictures) override;
-  void setMenu(std::vector<platform::port::TrayMenuItem> items) override { menu_.show(std::move(items)); }
+  void setMenu(std::vector<platform::port::TrayMenuItem> items) override { menu_.show(items); }
 
  private:
   struct Handlers;

@@ -29,7 +29,6 @@ namespace desktop {
 using platform::port::PointerAction;
 using platform::port::PointerInput;
 using platform::port::TextInputState;
-using platform::port::WheelInput;
 
 namespace {
 

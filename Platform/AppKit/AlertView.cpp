@@ -37,7 +37,7 @@ AlertView::AlertView(std::shared_ptr<NSView> icon, std::function<void(std::size_
 }
 
 std::shared_ptr<NSButton> AlertView::addButton(const std::string& title) {
-  const auto button = std::make_shared<NSButton>();
+  auto button = std::make_shared<NSButton>();
   button->setBordered(true);
   button->setTitle(title);
   button->setAction("answer" + std::to_string(buttons_.size()) + ":");

@@ -32,7 +32,7 @@ namespace {
 
 namespace filesystem = std::filesystem;
 
-constexpr std::size_t kLongestCommandStart = 2 * 4096;
+constexpr std::size_t kLongestCommandStart = 8192;
 constexpr std::string_view kSessionBus = "DBUS_SESSION_BUS_ADDRESS=";
 constexpr int kParentField = 4 - 3;  ///< fields of "stat" are counted from 1; those behind the name begin with the 3rd
 constexpr int kStartTimeField = 22 - 3;

@@ -80,16 +80,16 @@ void addApplication(ConsoleCalls& calls) {
 }
 
 void addNotificationsAndClipboard(ConsoleCalls& calls) {
-  calls.add("post", [](ConsoleContext&, string name, Dictionary userInfo) {
+  calls.add("post", [](ConsoleContext&, const string& name, const Dictionary& userInfo) {
     platform::DistributedNotificationCenter::defaultCenter().post(
         name, "", userInfo, platform::DistributedNotificationCenter::kDeliverImmediately);
   });
   calls.add("observe", observe);
-  calls.add("receive", [](ConsoleContext& c, string name, Dictionary userInfo) {
+  calls.add("receive", [](ConsoleContext& c, const string& name, const Dictionary& userInfo) {
     c.headless().broadcast()->receiveFromOtherProcess({name, "", userInfo});
   });
   calls.add("clipboard", [](ConsoleContext&) { return platform::NSPasteboard::general().string(); });
-  calls.add("setClipboard", [](ConsoleContext&, string text) { platform::NSPasteboard::general().setString(text); });
+  calls.add("setClipboard", [](ConsoleContext&, const string& text) { platform::NSPasteboard::general().setString(text); });
 }
 
 void addTimeAndScreens(ConsoleCalls& calls) {
@@ -100,7 +100,7 @@ void addTimeAndScreens(ConsoleCalls& calls) {
   });
   calls.add("now", [](ConsoleContext&) { return platform::RunLoop::main().now(); });
   calls.add("screens", [](ConsoleContext&) { return platform::NSScreen::screens(); });
-  calls.add("setScreens", [](ConsoleContext& c, std::vector<ScreenInfo> screens) {
+  calls.add("setScreens", [](ConsoleContext& c, const std::vector<ScreenInfo>& screens) {
     if (screens.empty()) throw RequestError("a desktop has one screen at least");
     c.headless().setScreens(screens);
   });
