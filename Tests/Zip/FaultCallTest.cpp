@@ -114,6 +114,33 @@ TEST_P(FailingCalls, AreReportedAndUndone) {
   }
 }
 
+/// Calls that were interrupted are made again, and what a file system or an older kernel can't do is done otherwise.
+TEST_P(FailingCalls, ThatAreNoFailuresAreGoneAround) {
+  struct Detour {
+    int number;
+    std::vector<long> calls;
+    bool fromThenOn;
+  };
+  const Detour detours[] = {
+      {EINTR, {SYS_read, SYS_pread64, SYS_write, SYS_pwrite64, SYS_copy_file_range}, false},
+      {EXDEV, {SYS_copy_file_range}, true},
+      {ENOENT, {SYS_linkat}, false},
+  };
+  for (const Detour& detour : detours) {
+    Injection injection{Injection::Kind::error, 0, detour.number, detour.fromThenOn, detour.calls};
+    for (bool reached = true; reached;) {
+      ++injection.at;
+      SCOPED_TRACE(std::string(std::strerror(detour.number)) + " at call " + std::to_string(injection.at));
+      bench_.reset();
+      const Outcome outcome = run(injection);
+      reached = outcome.hitCall.has_value();
+      EXPECT_TRUE(outcome.succeeded());
+      EXPECT_TRUE(bench_.contents() == done_);
+      if (HasFailure()) return;
+    }
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Operations, FailingCalls, testing::ValuesIn(fault::operations()), fault::nameOf<Operation>);
 
 /// A full disk stays full, but what an archive had before it still fits: an addition is undone byte for byte.
