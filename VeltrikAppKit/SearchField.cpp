@@ -54,7 +54,7 @@ SearchField::SearchField()
 }
 
 std::shared_ptr<SearchField> SearchField::make() {
-  const std::shared_ptr<SearchField> made(new SearchField());
+  std::shared_ptr<SearchField> made(new SearchField());
   made->configure();
   return made;
 }

@@ -96,7 +96,7 @@ void Progress::addChild(std::shared_ptr<Progress> child, std::int64_t pendingUni
     if (std::exchange(added.hadParent_, true)) throw std::logic_error("a progress has one parent for life");
     added.parent_ = this;
     added.pendingUnitCount_ = pendingUnitCount;
-    children_.push_back(child);
+    children_.push_back(std::move(child));
   }
   added.completeForParentIfFinished();
   if (isCancelled()) added.cancel();

@@ -89,7 +89,8 @@ void addNotificationsAndClipboard(ConsoleCalls& calls) {
     c.headless().broadcast()->receiveFromOtherProcess({name, "", userInfo});
   });
   calls.add("clipboard", [](ConsoleContext&) { return platform::NSPasteboard::general().string(); });
-  calls.add("setClipboard", [](ConsoleContext&, const string& text) { platform::NSPasteboard::general().setString(text); });
+  calls.add("setClipboard",
+            [](ConsoleContext&, const string& text) { platform::NSPasteboard::general().setString(text); });
 }
 
 void addTimeAndScreens(ConsoleCalls& calls) {
