@@ -179,7 +179,6 @@ struct Archive::EndOfCentralDirectoryRecord {
 
   static std::optional<EndOfCentralDirectoryRecord> parse(platform::DataView fixed, const RecordProvider& provider);
   platform::Data data() const;
-  friend bool operator==(const EndOfCentralDirectoryRecord&, const EndOfCentralDirectoryRecord&) = default;
 };
 
 /// Walks the entries once, from front to back; moves, but can't be copied.

@@ -125,7 +125,7 @@ void writeAllAt(int file, std::uint64_t offset, platform::DataView bytes) {
 
 namespace {
 
-/// Copies at most `size` bytes by the kernel; nothing when it can't here.
+/// Copies at most `size` bytes by the kernel; nothing when it can't. What then fails otherwise as well says why.
 std::optional<std::size_t> copyInKernel(int from, std::uint64_t fromOffset, int to, std::uint64_t toOffset,
                                         std::size_t size) {
   if (from < 0 || to < 0) return std::nullopt;
@@ -134,8 +134,7 @@ std::optional<std::size_t> copyInKernel(int from, std::uint64_t fromOffset, int 
   while (true) {
     const ssize_t count = copy_file_range(from, &source, to, &target, size, 0);
     if (count >= 0) return static_cast<std::size_t>(count);
-    if (errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP) return std::nullopt;
-    if (errno != EINTR) failWriting();
+    if (errno != EINTR) return std::nullopt;
   }
 }
 

@@ -39,8 +39,9 @@ void select(std::vector<veltrik::ItemToAdd>& items, const URL& base, const std::
   }
   if (name != ".") items.push_back({name, base});
   if (veltrik::entryType(item) != veltrik::Entry::EntryType::directory) return;
-  for (const auto& below : files.subpathsOfDirectory(item.path())) {
-    items.push_back({name == "." ? below : name + "/" + below, base});
+  const std::string prefix = name == "." ? std::string() : name + "/";
+  for (std::string& below : files.subpathsOfDirectory(item.path())) {
+    items.push_back({below.insert(0, prefix), base});
   }
 }
 

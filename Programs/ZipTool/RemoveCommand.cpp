@@ -15,6 +15,7 @@ constexpr std::uint32_t kStep = 1 << 20;
 void run(const RemoveCommand& command) {
   const auto archive = openForChanging(command.archive);
   std::vector<veltrik::Entry> entries;
+  entries.reserve(command.paths.size());
   for (const auto& path : command.paths) entries.push_back(requireEntry(*archive, path));
   platform::Progress progress;
   const WorkMonitor monitor(progress, "removing");

@@ -160,6 +160,7 @@ TEST_F(TreeTest, FilesThatAreNotWhatTheyShouldBeAreUnpackedAllTheSame) {
   members[10].uncompressedSize = 1;
   members[11].uncompressedSize = 1'000'000;
   members[13].crc = 0;
+  members[15].uncompressedSize = 1;
   write(members);
   std::map<std::string, bool> isSound;
   unzipItem(url("a.zip"), url("out"), {.extracted = [&](const Entry& entry, std::uint32_t checksum) {
@@ -168,6 +169,7 @@ TEST_F(TreeTest, FilesThatAreNotWhatTheyShouldBeAreUnpackedAllTheSame) {
   EXPECT_EQ(readText(root_ / "out/d/110"), "d") << "stored: as much as it says";
   EXPECT_EQ(readText(root_ / "out/d/111"), "d/111") << "deflated: to the end of the stream";
   EXPECT_EQ(readText(root_ / "out/d/113"), "d/113");
+  EXPECT_EQ(readText(root_ / "out/d/115"), "d/115") << "deflated: all of it";
   for (const auto& [path, sound] : isSound) EXPECT_EQ(sound, path != "d/110" && path != "d/113") << path;
 }
 
@@ -245,6 +247,22 @@ TEST_F(TreeTest, WhatFailsWhilePackingLeavesTheCompleteEntries) {
   cancelled.cancel();
   EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("a.zip"), {.progress = &cancelled}); }), "cancelledOperation");
   EXPECT_TRUE(entries().empty());
+}
+
+TEST_F(TreeTest, WhatEndsPackingOfManyFilesLeavesThoseBeforeIt) {
+  makeManyFiles();
+  Progress cancelled;
+  cancelled.cancel();
+  EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("a.zip"), {.progress = &cancelled}); }), "cancelledOperation");
+  fs::remove(root_ / "a.zip");
+  EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("tree/many3/999.zip")); }), "invalidEntryPath") << "the archive";
+  fs::remove(root_ / "tree/many3/999.zip");
+  writeText(root_ / "tree/many5/0a", "");
+  truncate((root_ / "tree/many5/0a").c_str(), 1LL << 32);
+  Progress progress;
+  EXPECT_EQ(failureOf([&] { zipItem(url("tree"), url("a.zip"), {.shouldKeepParent = false, .progress = &progress}); }),
+            "fileReadTooLarge");
+  EXPECT_EQ(entries().back(), "many5/0");
 }
 
 TEST_F(TreeTest, UnpackingRefusesBadPlaces) {
