@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "Backends/Headless/HeadlessText.h"
 #include "Platform/Foundation/Geometry.h"
@@ -19,7 +20,7 @@ using platform::Rect;
 namespace {
 
 std::string colorText(const Color& color) {
-  const auto byte = [](double component) { return static_cast<int>(std::clamp(component, 0.0, 1.0) * 255 + 0.5); };
+  const auto byte = [](double component) { return std::lround(std::clamp(component, 0.0, 1.0) * 255); };
   return fmt::format("#{:02x}{:02x}{:02x}{:02x}", byte(color.red), byte(color.green), byte(color.blue),
                      byte(color.alpha));
 }

@@ -5,8 +5,7 @@
 #include <array>
 #include <cmath>
 #include <initializer_list>
-#include <limits>
-#include <type_traits>
+#include <utility>
 
 namespace samplehost {
 
@@ -30,10 +29,7 @@ const T& require(const Value& value, const char* expected) {
 template <class T>
 T integer(const Value& value) {
   const auto number = require<std::int64_t>(value, "a whole number");
-  const bool negative = std::is_unsigned_v<T> && number < 0;
-  const bool wide = sizeof(T) < sizeof(number) && (number < static_cast<std::int64_t>(std::numeric_limits<T>::min()) ||
-                                                   number > static_cast<std::int64_t>(std::numeric_limits<T>::max()));
-  if (negative || wide) throw RequestError(fmt::format("{} is out of range", number));
+  if (!std::in_range<T>(number)) throw RequestError(fmt::format("{} is out of range", number));
   return static_cast<T>(number);
 }
 

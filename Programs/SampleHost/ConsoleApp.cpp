@@ -36,27 +36,27 @@ void addLife(ConsoleCalls& calls) {
   calls.member("activeIgnoringOtherApps", appKit, &A::activeIgnoringOtherApps);
   calls.member("terminate", appKit, &A::terminate);
   calls.member("isFullscreenMode", appKit, &A::isFullscreenMode);
-  calls.add("bindNSWindowWithUIWindowID", [](ConsoleContext& c, string identifier) { c.host.bind(identifier); });
+  calls.add("bindNSWindowWithUIWindowID", [](ConsoleContext& c, const string& identifier) { c.host.bind(identifier); });
 }
 
 void addAlertsAndPanels(ConsoleCalls& calls) {
   using A = VeltrikAppKitProtocol;
   calls.member("isAppKitAlertPresented", appKit, &A::isAppKitAlertPresented);
-  calls.add("showAlertWith",
-            [](ConsoleContext& c, string title, string message, string confirm, optional<string> cancel) {
-              appKit(c).showAlertWith(title, message, confirm, cancel, telling<>(c, "confirmCompletion"));
-            });
-  calls.add("showSheetAlertWith", [](ConsoleContext& c, string title, string message, string confirm,
-                                     optional<string> cancel, optional<string> window) {
+  calls.add("showAlertWith", [](ConsoleContext& c, const string& title, const string& message, const string& confirm,
+                                const optional<string>& cancel) {
+    appKit(c).showAlertWith(title, message, confirm, cancel, telling<>(c, "confirmCompletion"));
+  });
+  calls.add("showSheetAlertWith", [](ConsoleContext& c, const string& title, const string& message,
+                                     const string& confirm, optional<string> cancel, const optional<string>& window) {
     appKit(c).showSheetAlertWith(title, message, confirm, cancel, window, telling<>(c, "confirmCompletion"));
   });
   calls.add("showOpenPanelWithCompletion", [](ConsoleContext& c) {
     appKit(c).showOpenPanelWithCompletion(telling<std::vector<URL>>(c, "openPanelCompletion"));
   });
-  calls.add("showSavePanel", [](ConsoleContext& c, string name, optional<URL> folder) {
+  calls.add("showSavePanel", [](ConsoleContext& c, const string& name, const optional<URL>& folder) {
     appKit(c).showSavePanel(name, folder, telling<optional<URL>>(c, "savePanelCompletion"));
   });
-  calls.add("showDownloadPathSavePanel", [](ConsoleContext& c, URL folder) {
+  calls.add("showDownloadPathSavePanel", [](ConsoleContext& c, const URL& folder) {
     appKit(c).showDownloadPathSavePanel(folder, telling<URL>(c, "downloadPathSavePanelCompletion"));
   });
   calls.member("fileIconForType", appKit, &A::fileIconForType);
