@@ -20,7 +20,7 @@ void HeadlessInputMethod::compose(const std::u16string& text, std::optional<std:
   sink->surfaceMarkedText(text, caret.value_or(text.size()));
 }
 
-void HeadlessInputMethod::commit(std::u16string text) {
+void HeadlessInputMethod::commit(const std::u16string& text) {
   auto* const sink = target();
   if (!sink) return;
   preedit_.clear();

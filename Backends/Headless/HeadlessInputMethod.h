@@ -27,13 +27,13 @@ class HeadlessInputMethod {
 
   /// Shows a preedit text; its caret at the end unless said otherwise. Nothing happens without an activated surface.
   void compose(const std::u16string& text, std::optional<std::size_t> caret = std::nullopt);
-  void commit(std::u16string text);
+  void commit(const std::u16string& text);
   /// Removes `length` units that start `offset` units after the caret (negative: before).
   void deleteSurrounding(std::ptrdiff_t offset, std::size_t length);
   /// What the input method is told of the focused text; nothing when none has the focus.
   std::optional<platform::port::TextInputState> textInput() const;
   /// The preedit that stands, as the input method believes.
-  const std::u16string& preedit() const { return preedit_; }
+  std::u16string preedit() const { return preedit_; }
   /// How often the application asked to forget the preedit.
   int resetCount() const { return resetCount_; }
 

@@ -86,7 +86,7 @@ class NSAlert::Ending {
 
 std::shared_ptr<NSAlert> NSAlert::make() {
   requireMainThread("NSAlert::make");
-  const std::shared_ptr<NSAlert> alert(new NSAlert);
+  std::shared_ptr<NSAlert> alert(new NSAlert);
   alert->buildView();
   return alert;
 }
@@ -121,7 +121,7 @@ void NSAlert::setInformativeText(std::string utf8) {
 }
 
 std::shared_ptr<NSButton> NSAlert::addButton(const std::string& title) {
-  const auto button = view_->addButton(title);
+  auto button = view_->addButton(title);
   contentChanged();
   return button;
 }

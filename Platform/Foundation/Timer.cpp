@@ -18,7 +18,7 @@ std::shared_ptr<Timer> Timer::scheduledTimer(double interval, bool repeats, Bloc
   requireMainThread("Timer::scheduledTimer");
   interval = std::max(interval, repeats ? kShortestRepeat : 0.0);
   RunLoop& loop = RunLoop::main();
-  const std::shared_ptr<Timer> timer(new Timer(interval, repeats, loop.now() + interval, std::move(block)));
+  std::shared_ptr<Timer> timer(new Timer(interval, repeats, loop.now() + interval, std::move(block)));
   loop.schedule(timer);
   return timer;
 }

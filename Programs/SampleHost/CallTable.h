@@ -62,6 +62,7 @@ class CallTable {
   }
   std::vector<std::string> names() const {
     std::vector<std::string> result;
+    result.reserve(calls_.size());
     for (const auto& entry : calls_) result.push_back(entry.first);
     return result;
   }

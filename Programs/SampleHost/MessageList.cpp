@@ -12,7 +12,6 @@
 
 namespace samplehost {
 
-using platform::Point;
 using platform::Rect;
 using platform::Size;
 using platform::port::Canvas;
