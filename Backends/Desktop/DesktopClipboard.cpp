@@ -7,6 +7,8 @@
 #include <array>
 #include <memory>
 
+#include "Backends/Desktop/FileTransfer.h"
+
 namespace desktop {
 
 namespace {
@@ -60,12 +62,15 @@ std::vector<std::string> DesktopClipboard::types() const {
     else if (types.empty() || types.front() != kUtf8Text)
       types.insert(types.begin(), kUtf8Text);
   }
-  return types;
+  return withTransferredList(std::move(types));
 }
 
 std::optional<std::string> DesktopClipboard::read(const std::string& type) const {
   const QMimeData* own = ownContents();
-  if (!own) return isText(type) ? textOf(reader_) : reader_.read(kSelection, type, XCB_CURRENT_TIME);
+  if (!own && isText(type)) return textOf(reader_);
+  if (!own)
+    return readWithTransfer(type, reader_.targets(kSelection),
+                            [this](const auto& each) { return reader_.read(kSelection, each, XCB_CURRENT_TIME); });
   if (isText(type)) return own->hasText() ? std::optional(own->text().toStdString()) : std::nullopt;
   const QString format = QString::fromStdString(type);
   return own->hasFormat(format) ? std::optional(own->data(format).toStdString()) : std::nullopt;

@@ -12,6 +12,8 @@
 #include <limits>
 #include <utility>
 
+#include "Backends/Desktop/Clock.h"
+
 namespace desktop {
 
 using namespace std::chrono;
@@ -56,7 +58,7 @@ void DesktopLoop::setSink(platform::port::LoopSink* sink) {
 }
 
 double DesktopLoop::now() const {
-  return duration<double>(steady_clock::now().time_since_epoch()).count();
+  return desktop::now();
 }
 
 double DesktopLoop::wallClock() const {

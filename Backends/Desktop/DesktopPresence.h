@@ -4,7 +4,9 @@
 #include <set>
 #include <string>
 
+#include "Backends/Desktop/DisplayPower.h"
 #include "Backends/Desktop/IdleMonitor.h"
+#include "Backends/Desktop/LoginSession.h"
 #include "Backends/Desktop/ScreenSaverServices.h"
 #include "Backends/Desktop/SystemSleep.h"
 #include "Backends/Desktop/XScreenSaver.h"
@@ -13,7 +15,8 @@
 namespace desktop {
 
 /// The user's idle time from whoever sees all input: the desktop's own monitor on the bus before the X server. The
-/// screens are asleep as long as anybody says so: a screen saver on the bus, the X server's, the login manager.
+/// screens are asleep as long as anybody says so: a screen saver on the bus, the X server's or its power saving, the
+/// login manager of the machine or of the session, which is locked then.
 class DesktopPresence final : public platform::port::Presence {
  public:
   /// `bus` is borrowed and outlives this object.
@@ -24,14 +27,18 @@ class DesktopPresence final : public platform::port::Presence {
 
  private:
   void heard(const std::string& source, bool asleep);
+  void saverHeard(const std::string& source, bool active);
 
   std::function<void(bool)> changed_;
   std::set<std::string> asleep_;  ///< those who say so
   IdleMonitor compositor_;
   IdleMonitor sessionManager_;
   XScreenSaver x_;
+  DisplayPower power_;
   ScreenSaverServices services_;
+  SessionBus systemBus_{SessionBus::Kind::system};
   SystemSleep system_;
+  LoginSession session_;
 };
 
 }  // namespace desktop

@@ -22,8 +22,6 @@ using platform::port::SurfaceState;
 
 namespace {
 
-/// How long the window manager and the toolkit get to agree on a frame that was set.
-constexpr int kSettleMilliseconds = 150;
 constexpr int kMoveStepMilliseconds = 10;
 constexpr int kUnlimited = (1 << 24) - 1;  // what the toolkit takes for no limit
 
@@ -54,9 +52,6 @@ QRect outward(const platform::Rect& rect) {
 DesktopSurface::DesktopSurface(DesktopWindowHost& host, WindowServices& services, platform::port::SurfaceSink& sink,
                                const SurfaceState& state)
     : host_(host), services_(services), window_(new SurfaceWindow(*this, sink, services)), state_(state) {
-  settleTimer_.setSingleShot(true);
-  settleTimer_.setInterval(kSettleMilliseconds);
-  QObject::connect(&settleTimer_, &QTimer::timeout, window_, [this] { settle(); });
   hideTimer_.setSingleShot(true);
   hideTimer_.setInterval(0);
   QObject::connect(&hideTimer_, &QTimer::timeout, window_, [this] { window_->setVisible(false); });
@@ -113,7 +108,7 @@ void DesktopSurface::applyFrame() {
   applyLimits();
   window_->setGeometry(requested_);
   tellCaret();
-  settleTimer_.start();
+  await();
 }
 
 /// The caret moves with its window.
@@ -138,7 +133,7 @@ void DesktopSurface::show() {
 
 void DesktopSurface::requestStates() {
   levelShown_ = false;
-  settleTimer_.start();
+  await();
   services_.x.changeState(id_, "_NET_WM_STATE_ABOVE", floats());
   services_.x.changeState(id_, "_NET_WM_STATE_SKIP_TASKBAR", state_.skipsTaskbar);
   services_.x.changeState(id_, "_NET_WM_STATE_MODAL", state_.modal);
@@ -152,22 +147,35 @@ std::optional<QRect> DesktopSurface::shownFrame() const {
   return QHighDpi::fromNativeWindowGeometry(*pixels, static_cast<const QWindow*>(window_));
 }
 
+void DesktopSurface::await() {
+  ticket_ = services_.fence.issue();
+  awaits_ = true;
+}
+
 void DesktopSurface::geometryChanged() {
-  // What arrives shortly after a request may be an answer to an older one, or half of the new one.
-  if (!settleTimer_.isActive()) reportFrame();
+  // What arrives before may be an answer to an older request, or half of the new one.
+  if (!awaits_) reportFrame();
+}
+
+void DesktopSurface::fencePassed() {
+  if (!awaits_ || !services_.fence.hasPassed(ticket_)) return;
+  awaits_ = false;
+  const QPointer<SurfaceWindow> window(window_);
+  settle();
+  if (window && window->sink()) keptAboveChanged();
+  if (window && window->sink()) endMove();
 }
 
 void DesktopSurface::settle() {
   if (!state_.visible || minimised_) return;
-  const QPointer<SurfaceWindow> window(window_);
   const auto shown = shownFrame();
   if (shown && *shown == requested_ && window_->geometry() != requested_)
     window_->setGeometry(requested_);  // shown right, but the toolkit lost track while the window was hidden
   else
     reportFrame();
-  if (window && window->sink()) keptAboveChanged();
 }
 
+/// Compares with what the server says, and reports a difference.
 void DesktopSurface::reportFrame() {
   if (!state_.visible || minimised_) return;
   const auto shown = shownFrame();
@@ -194,7 +202,7 @@ void DesktopSurface::stateChanged() {
 
 void DesktopSurface::keptAboveChanged() {
   // While a request is on its way, or the window off the screen, the property tells nothing of the user.
-  if (settleTimer_.isActive() || !state_.visible || minimised_) return;
+  if (awaits_ || !state_.visible || minimised_) return;
   const bool above = services_.x.hasState(id_, "_NET_WM_STATE_ABOVE");
   if (above == floats()) {
     levelShown_ = true;
@@ -249,12 +257,11 @@ void DesktopSurface::zoomAlone(bool zoomed) {
   if (std::exchange(zoomed_, zoomed) == zoomed) return;
   if (zoomed) unzoomed_ = requested_;
   window_->setGeometry(zoomed ? window_->screen()->availableGeometry() : unzoomed_);
-  settleTimer_.start();
+  await();
 }
 
 bool DesktopSurface::beginMove() {
   if (!services_.x.supports("_NET_WM_MOVERESIZE") || !window_->startSystemMove()) return false;
-  lastMoved_ = requested_;
   moveTimer_.start();
   return true;
 }
@@ -262,14 +269,16 @@ bool DesktopSurface::beginMove() {
 /// The window manager takes the pointer during its move and tells at the end, or at each step; the server knows always.
 void DesktopSurface::followMove() {
   const QPointer<SurfaceWindow> window(window_);
-  // It may still be at the last steps of the pointer when the button comes up; then it lets go of the pointer.
   const bool isMoving = services_.x.pointerState() & XCB_BUTTON_MASK_1 || services_.x.isPointerTaken(id_);
-  reportFrame();
-  if (!window || !window->sink()) return;
-  const bool rests = std::exchange(lastMoved_, requested_) == requested_;
-  if (isMoving || !rests) return;
+  geometryChanged();
+  if (isMoving || !window || !window->sink()) return;
   moveTimer_.stop();
-  window->reportLeftUp();
+  moveEnds_ = true;
+  await();
+}
+
+void DesktopSurface::endMove() {
+  if (std::exchange(moveEnds_, false)) window_->reportLeftUp();
 }
 
 void DesktopSurface::invalidate(const platform::Rect& fromTopLeft) {

@@ -5,6 +5,7 @@
 #include <QTimer>
 
 #include "Backends/Desktop/SurfaceWindow.h"
+#include "Backends/Desktop/WindowManagerFence.h"
 #include "Platform/Port/WindowHost.h"
 
 namespace desktop {
@@ -39,7 +40,7 @@ class DesktopSurface final : public platform::port::Surface {
   bool isShown() const { return state_.visible; }
   /// Whether it belongs above normal windows.
   bool floats() const { return state_.level >= kFloatingLevel; }
-  bool isMoving() const { return moveTimer_.isActive(); }
+  bool isMoving() const { return moveTimer_.isActive() || moveEnds_; }
 
   /// The toolkit says that the window was moved or resized.
   void geometryChanged();
@@ -47,8 +48,10 @@ class DesktopSurface final : public platform::port::Surface {
   void stateChanged();
   /// The window manager wrote down whether it keeps the window above others, or something else of its state.
   void keptAboveChanged();
-  /// Compares with what the server says, and reports a difference.
-  void reportFrame();
+  /// The window manager has done what it was asked for before a ticket was issued.
+  void fencePassed();
+  /// Reports the end of a move that the window manager may still be at the last steps of.
+  void endMove();
 
  private:
   static constexpr int kFloatingLevel = 3;
@@ -59,7 +62,10 @@ class DesktopSurface final : public platform::port::Surface {
   void applyLimits();
   void show();
   std::optional<QRect> shownFrame() const;
+  /// What the server says of the window isn't believed until the window manager has done what was asked of it.
+  void await();
   void settle();
+  void reportFrame();
   void followMove();
   void refuseMinimising();
   void zoomAlone(bool zoomed);
@@ -72,12 +78,13 @@ class DesktopSurface final : public platform::port::Surface {
   platform::port::SurfaceState state_;
   QRect requested_;
   QRect unzoomed_;  ///< before we zoomed it ourselves
-  QTimer settleTimer_;
+  WindowManagerFence::Ticket ticket_ = 0;
+  bool awaits_ = false;
   /// Off the screen with the end of the turn: hidden and shown again in one, it stays. A window manager that is still
   /// at the showing may answer the two with hiding for good.
   QTimer hideTimer_;
   QTimer moveTimer_;
-  QRect lastMoved_;
+  bool moveEnds_ = false;
   bool minimised_ = false;
   bool zoomed_ = false;
   bool levelShown_ = false;  ///< the window manager has shown the level that was asked for last

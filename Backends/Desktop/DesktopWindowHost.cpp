@@ -27,7 +27,7 @@ DesktopWindowHost::DesktopWindowHost(std::string identifier, SelectionReader& se
             DesktopSurface* surface = find(window);
             return surface ? &surface->sink() : nullptr;
           },
-          std::move(identifier), selections),
+          [this] { fencePassed(); }, std::move(identifier), selections),
       windowManager_(services_.x, [this](xcb_window_t window) {
         if (DesktopSurface* surface = find(window)) surface->keptAboveChanged();
       }) {
@@ -55,7 +55,12 @@ void DesktopWindowHost::reportScreens() {
   if (screensChanged_) screensChanged_();
   // The origin is a corner of the primary screen: windows that stood still have other coordinates now.
   for (DesktopSurface* surface : std::vector(surfaces_))
-    if (exists(surface)) surface->reportFrame();
+    if (exists(surface)) surface->geometryChanged();
+}
+
+void DesktopWindowHost::fencePassed() {
+  for (DesktopSurface* surface : std::vector(surfaces_))
+    if (exists(surface)) surface->fencePassed();
 }
 
 std::unique_ptr<Surface> DesktopWindowHost::makeSurface(SurfaceSink& sink, const SurfaceState& state) {
@@ -117,7 +122,7 @@ void DesktopWindowHost::restack(DesktopSurface& surface, bool above, DesktopSurf
   if (above) return raise(surface);
   std::erase(order_, surface.id());
   order_.insert(order_.begin(), surface.id());
-  sinceRestack_.start();
+  restacked();
   surface.window().lower();
 }
 
@@ -149,7 +154,12 @@ void DesktopWindowHost::raise(DesktopSurface& surface) {
   auto place = order_.end();
   while (!surface.floats() && place != order_.begin() && floats(*std::prev(place))) --place;
   order_.insert(place, surface.id());
+  restacked();
+}
+
+void DesktopWindowHost::restacked() {
   sinceRestack_.start();
+  restackTicket_ = services_.fence.issue();
 }
 
 /// Whether the window manager keeps the window above normal ones.
@@ -158,9 +168,11 @@ bool DesktopWindowHost::floats(xcb_window_t window) {
   return surface ? surface->floats() : services_.x.isKeptAbove(window);
 }
 
-/// The order as the window manager tells, unless it may still be at work on what we asked for.
+/// The order as the window manager tells, unless it may still be at work on what we asked for; some write it down a
+/// while after they have done it.
 void DesktopWindowHost::refreshOrder() {
-  if (!sinceRestack_.isValid() || sinceRestack_.elapsed() > kRestackMilliseconds) order_ = services_.x.stacking();
+  const bool mayBeWritten = !sinceRestack_.isValid() || sinceRestack_.elapsed() > kRestackMilliseconds;
+  if (mayBeWritten && services_.fence.hasPassed(restackTicket_)) order_ = services_.x.stacking();
   std::erase_if(order_, [this](xcb_window_t window) {
     const DesktopSurface* surface = find(window);
     return surface && !surface->isShown();

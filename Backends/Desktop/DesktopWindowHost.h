@@ -47,10 +47,12 @@ class DesktopWindowHost final : public platform::port::WindowHost {
   void restackAlone(DesktopSurface& surface, bool above, const DesktopSurface* sibling);
   void restackBeside(DesktopSurface& surface, bool above, const DesktopSurface& sibling);
   void raise(DesktopSurface& surface);
+  void restacked();
   bool floats(xcb_window_t window);
   void refreshOrder();
   void watchScreen(QScreen* screen);
   void reportScreens();
+  void fencePassed();
 
   WindowServices services_;
   WindowManagerEvents windowManager_;
@@ -58,6 +60,7 @@ class DesktopWindowHost final : public platform::port::WindowHost {
   DesktopSurface* active_ = nullptr;
   std::vector<xcb_window_t> order_;  ///< from the lowest to the highest, those of others too
   QElapsedTimer sinceRestack_;
+  WindowManagerFence::Ticket restackTicket_ = 0;
   QObject context_;
   QTimer screensTimer_;
   std::function<void()> screensChanged_;

@@ -4,6 +4,7 @@
 #include <QMimeData>
 #include <QStringList>
 
+#include "Backends/Desktop/FileTransfer.h"
 #include "Backends/Desktop/XServer.h"
 
 namespace desktop {
@@ -35,14 +36,19 @@ bool DragClock::nativeEventFilter(const QByteArray& type, void* message, qintptr
   return false;
 }
 
-std::vector<std::string> DragContents::types() const {
+std::vector<std::string> DragContents::offered() const {
   std::vector<std::string> types;
   for (const QString& format : data_.formats()) types.push_back(format.toStdString());
   return types;
 }
 
+std::vector<std::string> DragContents::types() const {
+  return withTransferredList(offered());
+}
+
 std::optional<std::string> DragContents::read(const std::string& type) const {
-  return reader_.read("XdndSelection", type, time_);
+  return readWithTransfer(type, offered(),
+                          [this](const auto& each) { return reader_.read("XdndSelection", each, time_); });
 }
 
 }  // namespace desktop

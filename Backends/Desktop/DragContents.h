@@ -38,6 +38,8 @@ class DragContents final : public platform::port::Contents {
   std::optional<std::string> read(const std::string& type) const override;
 
  private:
+  std::vector<std::string> offered() const;
+
   const QMimeData& data_;
   SelectionReader& reader_;
   xcb_timestamp_t time_;

@@ -75,8 +75,7 @@ void FilePanelSurface::showToolkitDialog() {
   QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, &context_,
                    [this](const QWindow* focused) { focusMoved(focused); });
   dialog_->show();
-  panels_.x().setTransientFor(static_cast<xcb_window_t>(dialog_->winId()), parent_);
-  panels_.x().flush();
+  attachToParent();
   dialog_->activateWindow();
 }
 
@@ -109,7 +108,10 @@ void FilePanelSurface::restack(bool above, Surface* /*sibling*/) {
 
 void FilePanelSurface::setParent(Surface* parent) {
   parent_ = parent ? static_cast<xcb_window_t>(parent->nativeHandle()) : 0;
-  if (!dialog_) return;
+  if (dialog_) attachToParent();
+}
+
+void FilePanelSurface::attachToParent() {
   panels_.x().setTransientFor(static_cast<xcb_window_t>(dialog_->winId()), parent_);
   panels_.x().flush();
 }

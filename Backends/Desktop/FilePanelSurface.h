@@ -47,6 +47,7 @@ class FilePanelSurface final : public platform::port::Surface {
   void show();
   void hide();
   void showToolkitDialog();
+  void attachToParent();
   void answer(const std::optional<std::vector<std::string>>& paths);
   void focusMoved(const QWindow* focused);
 

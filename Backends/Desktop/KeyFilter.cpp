@@ -9,9 +9,9 @@
 #include <QDBusPendingCallWatcher>
 #include <QKeyEvent>
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
+#include "Backends/Desktop/Clock.h"
 #include "Backends/Desktop/KeyMap.h"
 
 namespace desktop {
@@ -131,7 +131,7 @@ bool KeyFilter::report(const KeyEvent& event, bool repeated) {
   SurfaceSink* sink = finder_(event.event);
   if (!input || !sink) return down && sink;
   input->repeated = repeated;
-  input->time = std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+  input->time = now();
   if (sink->surfaceKey(*input) == KeyDisposition::handled || !down) return false;
   if (!unanswered_) return true;
   if (SurfaceSink* still = finder_(event.event)) still->surfaceKeyAfterInputMethod(*input);

@@ -42,6 +42,9 @@ SessionBus::Reply replyOf(sd_bus_message* message) {
   reply.succeeded = true;
   char type = 0;
   const char* text = nullptr;
+  const char* contents = nullptr;
+  if (sd_bus_message_peek_type(message, &type, &contents) > 0 && type == 'v')
+    sd_bus_message_enter_container(message, type, contents);
   const bool isText = sd_bus_message_peek_type(message, &type, nullptr) > 0 && (type == 's' || type == 'o');
   if (isText && sd_bus_message_read_basic(message, type, &text) > 0) reply.text = text;
   if (type == 'b') sd_bus_message_read_basic(message, type, &reply.number);

@@ -20,7 +20,8 @@ namespace desktop {
 class SessionBus {
  public:
   enum class Kind { user, system };
-  /// How a call ended. `text` is the answer's first argument where that is a text, `number` where it is a truth value;
+  /// How a call ended. `text` is the answer's first argument where that is a text, `number` where it is a truth value,
+  /// also in a variant;
   /// `error` says what went wrong.
   struct Reply {
     bool succeeded = false;

@@ -15,9 +15,9 @@
 #include <QPainterPath>
 #include <QWheelEvent>
 #include <QWindowStateChangeEvent>
-#include <chrono>
 #include <cstring>
 
+#include "Backends/Desktop/Clock.h"
 #include "Backends/Desktop/Coordinates.h"
 #include "Backends/Desktop/DesktopCanvas.h"
 #include "Backends/Desktop/DesktopSurface.h"
@@ -33,10 +33,6 @@ using platform::port::TextInputState;
 namespace {
 
 constexpr double kPointsPerNotch = 48, kAnglePerNotch = 120;
-
-double now() {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 QPainterPath rounded(const QRectF& rect, double radius) {
   QPainterPath path;
@@ -264,6 +260,9 @@ void SurfaceWindow::reportButton(const QMouseEvent& event, bool down) {
     // The toolkit takes the button for released when the window manager begins or ends a move; the surface knows
     // better.
     if (!down && (!leftDown_ || surface_->isMoving())) return;
+    const QPointer<SurfaceWindow> self(this);
+    surface_->endMove();
+    if (!self || !sink_) return;
     leftDown_ = down;
   }
   reportPointer(actionOf(event.button(), down), event.globalPosition(), event.modifiers());

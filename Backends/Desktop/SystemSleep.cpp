@@ -12,7 +12,8 @@ constexpr const char* kRule =
 
 }  // namespace
 
-SystemSleep::SystemSleep(std::function<void(bool asleep)> changed) : changed_(std::move(changed)) {
+SystemSleep::SystemSleep(SessionBus& bus, std::function<void(bool asleep)> changed)
+    : bus_(bus), changed_(std::move(changed)) {
   bus_.onConnection([this] { observe(); });
   // One that has gone won't say that the machine woke.
   bus_.watchOwner(kManager, [this](const std::string& owner) {

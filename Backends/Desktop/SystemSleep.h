@@ -10,13 +10,14 @@ namespace desktop {
 /// Main thread.
 class SystemSleep {
  public:
-  explicit SystemSleep(std::function<void(bool asleep)> changed);
+  /// `bus` is the system's; borrowed, and outlives this object.
+  SystemSleep(SessionBus& bus, std::function<void(bool asleep)> changed);
 
  private:
   void observe();
 
+  SessionBus& bus_;
   std::function<void(bool)> changed_;
-  SessionBus bus_{SessionBus::Kind::system};
 };
 
 }  // namespace desktop

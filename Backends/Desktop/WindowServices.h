@@ -4,6 +4,7 @@
 #include "Backends/Desktop/DragContents.h"
 #include "Backends/Desktop/KeyFilter.h"
 #include "Backends/Desktop/SelectionReader.h"
+#include "Backends/Desktop/WindowManagerFence.h"
 #include "Backends/Desktop/XServer.h"
 
 namespace desktop {
@@ -11,11 +12,17 @@ namespace desktop {
 /// What the surfaces of one back end share.
 class WindowServices {
  public:
-  WindowServices(KeyFilter::Finder finder, std::string className, SelectionReader& selectionReader)
-      : identifier(std::move(className)), keys(x, composition, std::move(finder)), selections(selectionReader) {}
+  /// `passed`: of the fence.
+  WindowServices(KeyFilter::Finder finder, std::function<void()> passed, std::string className,
+                 SelectionReader& selectionReader)
+      : identifier(std::move(className)),
+        fence(x, std::move(passed)),
+        keys(x, composition, std::move(finder)),
+        selections(selectionReader) {}
 
   std::string identifier;  ///< the desktop file's name: every window's class
   XServer x;
+  WindowManagerFence fence;
   Composition composition;
   KeyFilter keys;
   SelectionReader& selections;

@@ -126,6 +126,26 @@ bool XServer::isKeptAbove(xcb_window_t window) {
   return isDock || hasState(window, "_NET_WM_STATE_ABOVE") || hasState(window, "_NET_WM_STATE_FULLSCREEN");
 }
 
+xcb_window_t XServer::makeHiddenWindow() {
+  const xcb_window_t window = xcb_generate_id(connection_);
+  const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+  xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, root_, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                    XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+  return window;
+}
+
+void XServer::destroyWindow(xcb_window_t window) {
+  xcb_destroy_window(connection_, window);
+  flush();
+}
+
+bool XServer::requestFrameExtents(xcb_window_t window) {
+  if (!supports("_NET_REQUEST_FRAME_EXTENTS")) return false;
+  sendMessage(window, "_NET_REQUEST_FRAME_EXTENTS", {});
+  flush();
+  return true;
+}
+
 int XServer::processOf(xcb_window_t window) {
   const auto identifier = property(window, "_NET_WM_PID", XCB_ATOM_CARDINAL);
   return identifier.empty() ? 0 : static_cast<int>(identifier.front());

@@ -41,6 +41,11 @@ class XServer {
   bool hasState(xcb_window_t window, const std::string& state);
   /// Whether the window belongs to one of the layers over that of normal windows.
   bool isKeptAbove(xcb_window_t window);
+  /// A window that is never shown, and tells when its properties are written.
+  xcb_window_t makeHiddenWindow();
+  void destroyWindow(xcb_window_t window);
+  /// Has the window manager write the _NET_FRAME_EXTENTS of a window that isn't shown; false where it can't be asked.
+  bool requestFrameExtents(xcb_window_t window);
   /// The process that a window says it belongs to; 0 for none.
   int processOf(xcb_window_t window);
   /// Asks for a window to be shown and given the focus, as a pager does for its user: a window manager that keeps

@@ -4,6 +4,7 @@
 
 #include <system_error>
 
+#include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/CocoaError.h"
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/JSON.h"
@@ -12,12 +13,22 @@
 
 namespace platform {
 
+namespace {
+
+/// The settings stay the application's when its program gets another name.
+std::string domain() {
+  const auto main = Bundle::main();
+  const std::string identifier = main ? main->bundleIdentifier() : "";
+  return identifier.empty() ? program_invocation_short_name : identifier;
+}
+
+}  // namespace
+
 UserDefaults& UserDefaults::standard() {
   return Session::current().service<UserDefaults>();
 }
 
-UserDefaults::UserDefaults()
-    : file_(Session::current().backend().folders().config / program_invocation_short_name / "defaults.json") {
+UserDefaults::UserDefaults() : file_(Session::current().backend().folders().config / domain() / "defaults.json") {
   load();
 }
 

@@ -9,7 +9,8 @@
 namespace platform {
 
 /// The application's settings: a JSON file `<config home>/<domain>/defaults.json`, written beside and renamed at every
-/// change. An unreadable file counts as empty and is kept under the name "defaults.json.broken". Main thread.
+/// change. The domain is the main bundle's identifier, or the program's name where there is none. An unreadable file
+/// counts as empty and is kept under the name "defaults.json.broken". Main thread.
 class PLATFORM_EXPORT UserDefaults {
  public:
   static UserDefaults& standard();

@@ -129,6 +129,19 @@ TEST(ImageSizeTest, TooManyPixelsAreRefusedByTheHeaderAlone) {
   EXPECT_FALSE(isReadableSize(INT64_MAX, 2));
 }
 
+TEST(ImageSizeTest, TooManyPixelsAreRefusedWhereTheyAreAllThere) {
+  constexpr int kHeight = 8000, kBytesInRow = 1004;
+  std::string bytes = contentsOf("Palette.bmp");
+  bytes.replace(46, 1, "\2");  // colours, for pixels of one bit
+  bytes.append(std::size_t{kHeight} * kBytesInRow, '\0');
+  for (const int width : {8, 8001}) {
+    bytes.replace(
+        18, 12,
+        std::string{static_cast<char>(width & 0xFF), static_cast<char>(width >> 8)} + "\0\0\x40\x1f\0\0\1\0\1\0"s);
+    EXPECT_EQ(read(bytes).has_value(), width == 8) << width;
+  }
+}
+
 TEST(ImageSizeTest, OtherBytesAreNoPicture) {
   for (const std::string bytes : {"", "B", "BM", "GIF89a", "<svg/>", "II*"}) EXPECT_FALSE(read(bytes)) << bytes;
 }

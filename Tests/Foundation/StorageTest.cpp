@@ -91,6 +91,17 @@ class BundleTest : public StorageTest {
   }
 };
 
+TEST_F(BundleTest, TheApplicationsSettingsDontDependOnItsProgramsName) {
+  const fs::path path =
+      bundle("A.app", propertyList("<dict><key>CFBundleIdentifier</key><string>com.a</string></dict>"));
+  Bundle::setMainForTesting(path);
+  restart();
+  UserDefaults::standard().set("a", 1);
+  EXPECT_TRUE(fs::exists(desktop_.folders().config / "com.a/defaults.json"));
+  EXPECT_FALSE(fs::exists(folder()));
+  Bundle::setMainForTesting({});
+}
+
 TEST_F(BundleTest, TellsWhatItsPropertyListSays) {
   const fs::path path =
       bundle("A.bundle", propertyList("<dict><key>CFBundleIdentifier</key><string>com.a</string>"

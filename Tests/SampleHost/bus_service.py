@@ -1,4 +1,4 @@
-"""A session bus of the test's own and services on it, spoken to in the D-Bus wire format (little endian, basic types)."""
+"""A session bus of the test's own and services on it, spoken to in the D-Bus wire format (little endian, the types that are needed)."""
 
 import os
 import pathlib
@@ -43,21 +43,39 @@ def text(value):
     return struct.pack("<I", len(encoded)) + encoded + b"\0"
 
 
-def value_bytes(kind, value):
-    return text(value) if kind == "s" else struct.pack(FORMATS[kind], value)
+def value_bytes(kind, value, at):
+    """Where `at` bytes stand before it. A variant's value is (type, value), a dictionary's its only entry."""
+    gap = bytes(-at % {"v": 1, "t": 8}.get(kind, 4))
+    at += len(gap)
+    if kind == "v":
+        return gap + signature(value[0]) + value_bytes(*value, at + len(signature(value[0])))
+    if kind == "as":
+        items = b""
+        for item in value:
+            items = padded(items, 4) + text(item)
+        return gap + struct.pack("<I", len(items)) + items
+    if kind == "a{sv}":
+        key, variant = value
+        entry = text(key) + value_bytes("v", variant, len(text(key)))
+        return gap + struct.pack("<I", len(entry)) + bytes(-(at + 4) % 8) + entry
+    return gap + (text(value) if kind in "so" else struct.pack(FORMATS[kind], value))
+
+
+def signature(types):
+    return bytes([len(types)]) + types.encode() + b"\0"
 
 
 def message(kind, serial, fields, arguments=()):
-    """`arguments` are (type, value), of which all but the first have four bytes or are texts."""
+    """`arguments` are (type, value)."""
     body = b""
     for type_code, value in arguments:
-        body = padded(body, 4) + value_bytes(type_code, value)
+        body += value_bytes(type_code, value, len(body))
     if arguments:
         fields = {**fields, SIGNATURE: "".join(type_code for type_code, _ in arguments)}
     head = b""
     for code, value in fields.items():
         if code == SIGNATURE:
-            entry = b"\1g\0" + bytes([len(value)]) + value.encode() + b"\0"
+            entry = b"\1g\0" + signature(value)
         elif code == REPLY_SERIAL:
             entry = b"\1u\0" + struct.pack("<I", value)
         else:
@@ -115,8 +133,8 @@ class Service:
         return self.send(CALL, {PATH: "/org/freedesktop/DBus", INTERFACE: BUS, MEMBER: member, DESTINATION: BUS},
                          arguments)
 
-    def emit(self, member, *arguments, interface=None):
-        self.send(SIGNAL, {PATH: self.path, INTERFACE: interface or self.name, MEMBER: member}, arguments)
+    def emit(self, member, *arguments, interface=None, path=None):
+        self.send(SIGNAL, {PATH: path or self.path, INTERFACE: interface or self.name, MEMBER: member}, arguments)
 
     def exactly(self, count):
         data = b""

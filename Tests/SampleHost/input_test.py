@@ -9,6 +9,7 @@ import unittest
 
 from bus_service import Bus, Service
 from console_client import Console, keys, rect, run
+from x_power import OFF, ON, PowerServer
 
 FRAME = rect(200, 160, 300, 300)
 
@@ -153,8 +154,8 @@ class Presence(HostCase):
         self.reader = IdleReader()
         self.addCleanup(self.reader.close)
 
-    def start_here(self):
-        self.start({"DBUS_SESSION_BUS_ADDRESS": self.bus.address, "DBUS_SYSTEM_BUS_ADDRESS": self.system.address,
+    def start_here(self, environment=None):
+        self.start({**(environment or {}), "DBUS_SESSION_BUS_ADDRESS": self.bus.address, "DBUS_SYSTEM_BUS_ADDRESS": self.system.address,
                     "QT_IM_MODULE": "compose"})
         self.assertEqual(self.screens(), [])
 
@@ -243,6 +244,53 @@ class Presence(HostCase):
         self.until_screens(0, 1, 0)
         login.close()
         self.until_screens(0, 1, 0, 1)
+
+    def test_screens_that_are_switched_off_without_a_screen_saver(self):
+        server = PowerServer(os.environ["DISPLAY"])
+        self.addCleanup(server.close)
+        self.start_here({"DISPLAY": server.display})
+        for code, level in ((0, OFF), (1, ON)):
+            server.level = level
+            self.until_screens(*range(code + 1))
+
+    def test_a_session_that_is_locked(self):
+        ours, theirs = (f"/org/freedesktop/login1/session/{name}" for name in ("_31", "_32"))
+        answers = {"GetSession": ("o", ours), "Get": ("v", ("b", 1))}
+        login = self.service("org.freedesktop.login1", answers, bus=self.system)
+        stranger = self.service("org.example.Stranger", bus=self.system)
+        saver = self.service("org.mate.ScreenSaver", {"GetActive": ("b", 0)})
+        self.start_here()
+        self.until_screens(0)
+
+        def asks(whether, path=ours, service=login):
+            service.emit("Lock" if whether else "Unlock", interface="org.freedesktop.login1.Session", path=path)
+
+        def notes(whether):
+            login.emit("PropertiesChanged", ("s", "org.freedesktop.login1.Session"),
+                       ("a{sv}", ("LockedHint", ("b", whether))), ("as", []), interface="org.freedesktop.DBus.Properties",
+                       path=ours)
+
+        notes(0)
+        self.until_screens(0, 1)
+        asks(1, path=theirs)
+        asks(1, service=stranger)
+        notes(0)
+        asks(1)
+        notes(1)
+        self.until_screens(0, 1, 0)
+        asks(0)
+        notes(0)
+        self.until_screens(0, 1, 0, 1)
+        # A screen saver that locks when it is asked for it, and notes nothing.
+        asks(1)
+        saver.emit("ActiveChanged", ("b", 1))
+        self.until_screens(0, 1, 0, 1, 0)
+        saver.emit("ActiveChanged", ("b", 0))
+        self.until_screens(0, 1, 0, 1, 0, 1)
+        asks(1)
+        self.until_screens(0, 1, 0, 1, 0, 1, 0)
+        login.close()
+        self.until_screens(0, 1, 0, 1, 0, 1, 0, 1)
 
     def test_the_desktops_own_idle_monitor_comes_first(self):
         def monitor_of(milliseconds):

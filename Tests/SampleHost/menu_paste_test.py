@@ -8,12 +8,15 @@ import re
 import subprocess
 import tempfile
 import time
+import types
 import unittest
 
+from bus_service import Service
 from console_client import Console, rect, run
 
 SOURCE = os.environ.get("PASTE_SOURCE",
                         str(pathlib.Path(__file__).resolve().parents[2] / "build/default/bin/PasteSource"))
+SCALE = int(os.environ["QT_SCALE_FACTOR"])
 FRAME = rect(300, 100, 460, 560)
 NAME = "a b#%가'\"?.txt"
 ITEMS = [{"title": "답장"}, {"title": "Forward"}, {"separator": True}, {"title": "Mute", "state": "on"}]
@@ -57,9 +60,9 @@ class Case(unittest.TestCase):
         return self.host.desktop("read", window, field)
 
     def on_screen(self, x, y):
-        """A place of the window, from its top left, as xdotool takes it."""
+        """A place of the window, in points from its top left, as xdotool takes it."""
         frame = self.read("frame")
-        return int(frame["x"]) + x, screen_size()[1] - int(frame["y"] + frame["height"]) + y
+        return SCALE * (int(frame["x"]) + x), screen_size()[1] - SCALE * (int(frame["y"] + frame["height"]) - y)
 
     def file(self, name, contents):
         path = self.folder / name
@@ -75,6 +78,15 @@ class Case(unittest.TestCase):
                     self.host.told.remove(line)
                     return [line]
         return self.host.until(found, name)[0]["args"]
+
+
+    def portal(self, files):
+        """Gives these for every key."""
+        bus = types.SimpleNamespace(socket=re.match("unix:path=([^,]*)", os.environ["DBUS_SESSION_BUS_ADDRESS"])[1])
+        service = Service(bus, "org.freedesktop.portal.Documents", "/org/freedesktop/portal/documents",
+                          {"RetrieveFiles": ("as", files)})
+        self.addCleanup(service.close)
+        return service
 
 
 class Menu(Case):
@@ -133,9 +145,9 @@ class Menu(Case):
         for step in (1, 2, 3, 2, 3, 4, 3, 4, 5, 4):
             run("xdotool", "mousemove", x + step, y + step)
         run("xdotool", "mouseup", 3)
-        run("xdotool", "mousemove", x + 30, y + 40)
+        run("xdotool", "mousemove", x + 30 * SCALE, y + 40 * SCALE)
         self.assertIn(menu[0], {window[0] for window in mapped_windows()})
-        run("xdotool", "mousemove", x + 20, y + 12, "click", 1)
+        run("xdotool", "mousemove", x + 20 * SCALE, y + 12 * SCALE, "click", 1)
         self.host.answer(number)
         self.assertEqual(self.chosen(), ["답장"])
 
@@ -251,6 +263,30 @@ class Paste(Case):
         Other(self, "own", "whole", f"text/uri-list={self.file('list', 'file:///after')}")
         self.assertEqual(self.paste(), ["/after"])
 
+    def test_files_of_a_program_in_a_sandbox(self):
+        path = f"{self.folder}/{NAME}"
+        portal = self.portal([path, f"{self.folder}/100%25"])
+        offer = f"application/vnd.portal.filetransfer={self.file('key', 'a key')}"
+        Other(self, "own", "whole", offer)
+        self.assertEqual(self.paste(), [path, f"{self.folder}/100%25"])
+        Other(self, "own", "whole", offer, f"text/uri-list={self.file('list', 'file:///a')}")
+        self.assertEqual(self.paste(), ["/a"])
+        portal.answers.clear()
+        Other(self, "own", "whole", offer)
+        self.assertEqual(self.paste(), [], "a key that the portal rejects")
+        portal.answers["RetrieveFiles"] = None
+        self.assertEqual(self.paste(), [], "a portal that doesn't answer")
+        portal.close()
+        self.assertEqual(self.paste(), [], "no portal")
+
+    def test_what_was_copied_outlives_the_host_with_a_clipboard_manager(self):
+        manager = Other(self, "keep")
+        self.host.desktop("setClipboard", "안녕, 여러분")
+        self.host.__exit__()
+        self.assertEqual(manager.process.stdout.readline().decode(), "안녕, 여러분\n")
+        with Console("desktop") as after:
+            self.assertEqual(after.desktop("clipboard"), "안녕, 여러분")
+
     def test_the_hosts_own_text_is_no_file(self):
         self.host.desktop("setClipboard", "안녕")
         self.assertEqual(self.host.desktop("clipboard"), "안녕")
@@ -263,11 +299,13 @@ class Drop(Case):
         if droppable:
             self.host.call("window:main", "setAsFileDropable")
         source = Other(self, "drag", 20, 20, *offer)
-        self.host.until(lambda: (20, 20, 120, 120) in {window[1:] for window in mapped_windows()}, "the source is shown")
-        run("xdotool", "mousemove", 60, 60, "mousedown", 1)
+        place = tuple(SCALE * value for value in (20, 20, 120, 120))
+        self.host.until(lambda: place in {window[1:] for window in mapped_windows()}, "the source is shown")
+        start = 60 * SCALE
+        run("xdotool", "mousemove", start, start, "mousedown", 1)
         x, y = self.on_screen(200, 200)
         for step in range(1, 11):
-            run("xdotool", "mousemove", 60 + (x - 60) * step // 10, 60 + (y - 60) * step // 10)
+            run("xdotool", "mousemove", start + (x - start) * step // 10, start + (y - start) * step // 10)
         run("xdotool", "mousemove", x + 3, y + 3, "mouseup", 1)
         return source.process.stdout.readline().decode().strip()
 
@@ -276,6 +314,11 @@ class Drop(Case):
         ending = self.drag(f"text/uri-list={self.file('list', files)}")
         self.assertEqual(self.event("didSelectedFilePath"), [[f"{self.folder}/b", str(self.folder / NAME)]])
         self.assertEqual(ending, "copied")
+
+    def test_files_of_a_program_in_a_sandbox(self):
+        self.portal([str(self.folder / NAME)])
+        self.assertEqual(self.drag(f"application/vnd.portal.filetransfer={self.file('key', 'a key')}"), "copied")
+        self.assertEqual(self.event("didSelectedFilePath"), [[str(self.folder / NAME)]])
 
     def test_a_picture_without_a_file_becomes_one(self):
         original = picture(self.folder / "a.png", "png", "900x700", noise=True)

@@ -2,6 +2,7 @@
 manager and a session bus: run it under scripts/private-desktop --wm openbox."""
 
 import os
+import signal
 import tempfile
 import unittest
 
@@ -206,6 +207,31 @@ class Levels(RolesCase):
         self.host.call("window:main", "setAlwaysOnTop", False)
         self.until(lambda: not self.has_state(main, "ABOVE"), "the host takes it back")
         self.assertFalse(self.host.call("window:main", "alwaysOnTop"))
+
+
+class SlowWindowManager(RolesCase):
+    def test_a_frame_stands_until_the_window_manager_has_answered(self):
+        self.main = self.open("main", MAIN)
+        manager = int(os.environ["PRIVATE_DESKTOP_WM_PID"])
+        self.until(self.rests, "it is at its place")
+        self.addCleanup(os.kill, manager, signal.SIGCONT)
+        os.kill(manager, signal.SIGSTOP)
+        frame = rect(200, 100, 410, 430)
+        self.host.desktop("setFrame", "main", frame)
+        told = []
+
+        def second_passes():
+            run("xdotool", "key", "shift")
+            told.extend(event for event in self.host.events("app") if event == "notifyUserInteraction")
+            return len(told) > 1
+
+        # The host is told of the user once a second, which is long for a window manager.
+        self.host.take()
+        self.until(second_passes, "time goes by")
+        self.assertEqual(self.read("main", "frame"), frame)
+        os.kill(manager, signal.SIGCONT)
+        self.until(self.rests, "the server shows it there")
+        self.assertEqual(self.read("main", "frame"), frame)
 
 
 class Popover(RolesCase):

@@ -1,14 +1,20 @@
-// Another application, for tests: owns the clipboard, or drags something, in every way that applications do.
+// Another application, for tests: owns the clipboard, keeps what others leave there, or drags something, in every way
+// that applications do.
 //
 //   PasteSource own whole|pieces|silent|dying TYPE=FILE...
+//   PasteSource keep                           a clipboard manager
 //   PasteSource drag X Y TYPE=FILE...          a window whose contents can be dragged with the left button
 //
-// Tells "ready" on standard output, and with `drag` how each drag ended. Ends with its standard input.
+// Tells "ready" on standard output, with `keep` each text that it was asked to keep, and with `drag` how each drag
+// ended. Ends with its standard input.
 
 #include <poll.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
 
+#include <QtGui/qguiapplication_platform.h>
+#include <QAbstractNativeEventFilter>
+#include <QClipboard>
 #include <QDrag>
 #include <QGuiApplication>
 #include <QMimeData>
@@ -43,6 +49,26 @@ Offer offerFrom(char** first, char** last) {
 void tell(const char* what) {
   std::puts(what);
   std::fflush(stdout);
+}
+
+xcb_atom_t atomOf(xcb_connection_t* connection, const std::string& name) {
+  const auto cookie = xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
+  xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(connection, cookie, nullptr);
+  const xcb_atom_t result = reply->atom;
+  std::free(reply);
+  return result;
+}
+
+void notify(xcb_connection_t* connection, const xcb_selection_request_event_t& request, xcb_atom_t property) {
+  xcb_selection_notify_event_t notice{};
+  notice.response_type = XCB_SELECTION_NOTIFY;
+  notice.requestor = request.requestor;
+  notice.selection = request.selection;
+  notice.target = request.target;
+  notice.property = property;
+  notice.time = request.time;
+  xcb_send_event(connection, 0, request.requestor, 0, reinterpret_cast<const char*>(&notice));
+  xcb_flush(connection);
 }
 
 /// Speaks the selection protocol itself (ICCCM 2), so that it can also speak it badly.
@@ -81,13 +107,7 @@ class Owner {
   };
   static constexpr std::size_t kPiece = 60'000;
 
-  xcb_atom_t atom(const std::string& name) {
-    const auto cookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data());
-    xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(connection_, cookie, nullptr);
-    const xcb_atom_t result = reply->atom;
-    std::free(reply);
-    return result;
-  }
+  xcb_atom_t atom(const std::string& name) { return atomOf(connection_, name); }
 
   void handle(const xcb_generic_event_t& event) {
     switch (event.response_type & 0x7F) {
@@ -111,14 +131,7 @@ class Owner {
     } else if (!send(request)) {
       property = XCB_ATOM_NONE;
     }
-    xcb_selection_notify_event_t notice{};
-    notice.response_type = XCB_SELECTION_NOTIFY;
-    notice.requestor = request.requestor;
-    notice.selection = request.selection;
-    notice.target = request.target;
-    notice.property = property;
-    notice.time = request.time;
-    xcb_send_event(connection_, 0, request.requestor, 0, reinterpret_cast<const char*>(&notice));
+    notify(connection_, request, property);
   }
 
   bool send(const xcb_selection_request_event_t& request) {
@@ -185,6 +198,54 @@ class Draggable final : public QRasterWindow {
   bool dragging_ = false;
 };
 
+/// What the freedesktop.org clipboard manager protocol asks for, with text.
+class Keeper final : public QAbstractNativeEventFilter {
+ public:
+  Keeper() : connection_(qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection()) {
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen->root, 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_set_selection_owner(connection_, window_, atomOf(connection_, "CLIPBOARD_MANAGER"), XCB_CURRENT_TIME);
+    xcb_flush(connection_);
+    qGuiApp->installNativeEventFilter(this);
+  }
+  /// Or the toolkit would ask us to keep what we have, at the end.
+  ~Keeper() override {
+    xcb_destroy_window(connection_, window_);
+    xcb_flush(connection_);
+  }
+
+  bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override {
+    const auto& request = *static_cast<const xcb_selection_request_event_t*>(message);
+    if ((request.response_type & 0x7F) != XCB_SELECTION_REQUEST ||
+        request.target != atomOf(connection_, "SAVE_TARGETS"))
+      return false;
+    QMetaObject::invokeMethod(
+        qGuiApp, [this, request] { keep(request); }, Qt::QueuedConnection);
+    return true;
+  }
+
+ private:
+  void keep(const xcb_selection_request_event_t& request) {
+    const QString text = QGuiApplication::clipboard()->text();
+    QGuiApplication::clipboard()->setText(text);
+    notify(connection_, request, request.property);
+    tell(text.toUtf8().constData());
+  }
+
+  xcb_connection_t* const connection_;
+  const xcb_window_t window_ = xcb_generate_id(connection_);
+};
+
+int keep(int count, char** arguments) {
+  QGuiApplication application(count, arguments);
+  Keeper keeper;
+  QSocketNotifier end(STDIN_FILENO, QSocketNotifier::Read);
+  QObject::connect(&end, &QSocketNotifier::activated, &application, &QGuiApplication::quit);
+  tell("ready");
+  return application.exec();
+}
+
 int drag(int count, char** arguments) {
   QGuiApplication application(count, arguments);
   Draggable window(offerFrom(arguments + 4, arguments + count));
@@ -201,9 +262,10 @@ int drag(int count, char** arguments) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  const std::string what = count > 2 ? arguments[1] : "";
-  if (what == "own") return Owner(arguments[2], offerFrom(arguments + 3, arguments + count)).run();
+  const std::string what = count > 1 ? arguments[1] : "";
+  if (what == "keep") return keep(count, arguments);
+  if (what == "own" && count > 2) return Owner(arguments[2], offerFrom(arguments + 3, arguments + count)).run();
   if (what == "drag" && count > 4) return drag(count, arguments);
-  std::fputs("usage: PasteSource own MANNER TYPE=FILE... | drag X Y TYPE=FILE...\n", stderr);
+  std::fputs("usage: PasteSource own MANNER TYPE=FILE... | keep | drag X Y TYPE=FILE...\n", stderr);
   return 2;
 }
