@@ -3,9 +3,9 @@
 //   desktop-window-benchmark ROUNDS
 
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,6 +30,8 @@ using platform::Rect;
 constexpr int kScreenHeight = 800;
 constexpr int kColumns = 10, kWindows = 50, kTileWidth = 120, kTileHeight = 70;
 constexpr int kResizes = 1000;
+constexpr double kPause = 0.005;  // seconds in which what went before is dealt with
+constexpr double kLimit = 10;     // seconds
 
 class PaintedView final : public platform::NSView {
  public:
@@ -43,11 +45,19 @@ class PaintedView final : public platform::NSView {
   bare::Happened painted_;
 };
 
+/// Turns the loop until `happened`; ends the program where it doesn't.
+void await(const char* what, const std::function<bool()>& happened) {
+  auto& loop = platform::RunLoop::main();
+  if (loop.runUntil(happened, loop.now() + kLimit)) return;
+  std::fprintf(stderr, "not in time: %s\n", what);
+  std::exit(1);
+}
+
 /// Nanoseconds from `act` until `happened`, which what it sets off makes true.
-long long timed(const std::function<void()>& act, const bool& happened) {
+long long timed(const char* what, const std::function<void()>& act, const bool& happened) {
   const auto begun = Clock::now();
   act();
-  platform::RunLoop::main().runUntil([&] { return happened; }, std::numeric_limits<double>::infinity());
+  await(what, [&] { return happened; });
   return std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now() - begun).count();
 }
 
@@ -99,7 +109,9 @@ Place tile(int number, bool ours) {
 void measureMoves(veltrik::VeltrikAppKit& appKit, int rounds) {
   bool happened = false;
   int painted = 0;
+  int awaited = 0;
   const auto count = [&] { ++painted; };
+  const auto note = [&](int x) { happened = happened || x == awaited; };
   std::vector<std::unique_ptr<HostedWindow>> ours;
   std::vector<std::unique_ptr<bare::Window>> bares;
   for (int number = 0; number < kWindows; ++number) {
@@ -107,24 +119,31 @@ void measureMoves(veltrik::VeltrikAppKit& appKit, int rounds) {
     const Rect frame(above.x, kScreenHeight - above.y - kTileHeight, kTileWidth, kTileHeight);
     ours.push_back(std::make_unique<HostedWindow>(appKit, "tile " + std::to_string(number), frame, count));
     bares.push_back(std::make_unique<bare::Window>(below.x, below.y, kTileWidth, kTileHeight));
-    bares.back()->onMoved([&] { happened = true; });
+    bares.back()->onMoved(note);
     bares.back()->onPainted(count);
     bares.back()->show();
   }
-  platform::RunLoop::main().runUntil([&] { return painted >= 2 * kWindows; }, std::numeric_limits<double>::infinity());
+  await("all tiles are painted", [&] { return painted >= 2 * kWindows; });
   // The last monitor: what it sees went through all others.
   platform::NSApplication::shared().addLocalMonitor(platform::kAnyEventMask, [&](const platform::EventPointer& event) {
-    if (event->type == platform::EventType::mouseMoved) happened = true;
+    if (event->type == platform::EventType::mouseMoved)
+      note(static_cast<int>(std::lround(event->locationOnScreen.value_or(platform::Point()).x)));
     return event;
   });
-  const auto moveTo = [&](int number, bool isOurs) {
-    happened = false;
+  const auto moveIn = [&](int number, bool isOurs) {
     const Place place = tile(number % kWindows, isOurs);
-    return timed([&] { bare::movePointer(place.x + 40, place.y + 50); }, happened);
+    // A move from elsewhere may count as entering alone.
+    bare::movePointer(place.x + 40, place.y + 50);
+    platform::RunLoop::main().runUntil([] { return false; }, platform::RunLoop::main().now() + kPause);
+    happened = false;
+    awaited = place.x + 43;
+    return timed(
+        isOurs ? "a move over ours" : "a move over a bare one", [&] { bare::movePointer(awaited, place.y + 50); },
+        happened);
   };
   for (int number = 0; number < rounds * kWindows; ++number) {
-    const long long mine = moveTo(number, true);
-    print("move", mine, moveTo(number, false));
+    const long long mine = moveIn(number, true);
+    print("move", mine, moveIn(number, false));
   }
 }
 
@@ -133,17 +152,19 @@ void measurePopovers(veltrik::VeltrikAppKit& appKit, int rounds) {
   bool happened = false;
   const auto note = [&] { happened = true; };
   HostedWindow parent(appKit, "parent", frame, note);
-  platform::RunLoop::main().runUntil([&] { return happened; }, std::numeric_limits<double>::infinity());
+  await("the parent is painted", [&] { return happened; });
   bare::Window bareParent(650, 200, 500, 400);
   bareParent.onPainted(note);
   happened = false;
-  timed([&] { bareParent.show(); }, happened);
+  timed(
+      "the bare parent is painted", [&] { bareParent.show(); }, happened);
   for (int round = 0; round < rounds * 4; ++round) {
     const auto host = std::make_shared<veltrik::TestHostWindow>("popover");
     host->popover = veltrik::PopoverWindowDescription{Rect{50, 60, 200, 120}, parent.helper(), std::nullopt};
     std::unique_ptr<HostedWindow> popover;
     happened = false;
     const long long mine = timed(
+        "the popover is painted",
         [&] {
           popover = std::make_unique<HostedWindow>(appKit, host, Rect{0, 0, 200, 120}, note);
         },
@@ -156,7 +177,7 @@ void measurePopovers(veltrik::VeltrikAppKit& appKit, int rounds) {
       bare->onPainted(note);
       bare->show();
     };
-    print("popover", mine, timed(show, happened));
+    print("popover", mine, timed("the bare popover is painted", show, happened));
   }
 }
 
@@ -164,15 +185,17 @@ void measurePopovers(veltrik::VeltrikAppKit& appKit, int rounds) {
 void measureResizes(veltrik::VeltrikAppKit& appKit, int rounds) {
   bool painted = false;
   HostedWindow ours(appKit, "resized", {100, 300, 300, 200}, [&] { painted = true; });
-  platform::RunLoop::main().runUntil([&] { return painted; }, std::numeric_limits<double>::infinity());
+  await("the window is painted", [&] { return painted; });
   bare::Window bare(650, 200, 300, 200);
   bare.onPainted([&] { painted = true; });
   painted = false;
-  timed([&] { bare.show(); }, painted);
+  timed(
+      "the bare window is painted", [&] { bare.show(); }, painted);
   for (int round = 0; round < rounds; ++round) {
     const auto each = [](int number) { return 200 + number % 250; };
     painted = false;
     const long long mine = timed(
+        "the resizes are painted",
         [&] {
           for (int number = 0; number < kResizes; ++number)
             ours.native().setFrame(Rect(100, 300, each(number), each(number + 1)), true);
@@ -181,6 +204,7 @@ void measureResizes(veltrik::VeltrikAppKit& appKit, int rounds) {
         painted);
     painted = false;
     const long long theirs = timed(
+        "the bare resizes are painted",
         [&] {
           for (int number = 0; number < kResizes; ++number) {
             bare.resize(each(number), each(number + 1));

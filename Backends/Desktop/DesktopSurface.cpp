@@ -54,7 +54,7 @@ DesktopSurface::DesktopSurface(DesktopWindowHost& host, WindowServices& services
     : host_(host), services_(services), window_(new SurfaceWindow(*this, sink, services)), state_(state) {
   hideTimer_.setSingleShot(true);
   hideTimer_.setInterval(0);
-  QObject::connect(&hideTimer_, &QTimer::timeout, window_, [this] { window_->setVisible(false); });
+  QObject::connect(&hideTimer_, &QTimer::timeout, window_, [this] { hide(); });
   moveTimer_.setInterval(kMoveStepMilliseconds);
   QObject::connect(&moveTimer_, &QTimer::timeout, window_, [this] { followMove(); });
   applyFrame();
@@ -129,6 +129,11 @@ void DesktopSurface::show() {
   services_.x.setFunctions(id_, state_.resizable, state_.minimisable);
   requestStates();
   levelShown_ = !floats();  // where windows begin
+  showTicket_ = ticket_;
+}
+
+void DesktopSurface::hide() {
+  if (!state_.visible && services_.fence.hasPassed(showTicket_)) window_->setVisible(false);
 }
 
 void DesktopSurface::requestStates() {
@@ -161,6 +166,7 @@ void DesktopSurface::fencePassed() {
   if (!awaits_ || !services_.fence.hasPassed(ticket_)) return;
   awaits_ = false;
   const QPointer<SurfaceWindow> window(window_);
+  hide();
   settle();
   if (window && window->sink()) keptAboveChanged();
   if (window && window->sink()) endMove();

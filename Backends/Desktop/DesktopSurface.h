@@ -61,6 +61,7 @@ class DesktopSurface final : public platform::port::Surface {
   void tellCaret();
   void applyLimits();
   void show();
+  void hide();
   std::optional<QRect> shownFrame() const;
   /// What the server says of the window isn't believed until the window manager has done what was asked of it.
   void await();
@@ -79,9 +80,10 @@ class DesktopSurface final : public platform::port::Surface {
   QRect requested_;
   QRect unzoomed_;  ///< before we zoomed it ourselves
   WindowManagerFence::Ticket ticket_ = 0;
+  WindowManagerFence::Ticket showTicket_ = 0;
   bool awaits_ = false;
   /// Off the screen with the end of the turn: hidden and shown again in one, it stays. A window manager that is still
-  /// at the showing may answer the two with hiding for good.
+  /// at the showing may answer the two with hiding for good, or not at all, so hiding waits for it.
   QTimer hideTimer_;
   QTimer moveTimer_;
   bool moveEnds_ = false;

@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kQuiet = 10ms;
 constexpr auto kPatience = 5s;
-/// What a window manager gets that can't be asked; with none at all the server needs less.
+/// What a window manager gets that can't be asked.
 constexpr auto kPatienceWithoutAnswer = 150ms;
 constexpr std::uint8_t kSentByClient = 0x80;
 
@@ -42,7 +42,10 @@ WindowManagerFence::Ticket WindowManagerFence::issue() {
 void WindowManagerFence::ask() {
   if (patience_.isActive()) return;  // asked again after the answer
   asked_ = issued_;
-  patience_.start(x_.requestFrameExtents(window_) ? kPatience : kPatienceWithoutAnswer);
+  if (!x_.hasWindowManager())
+    patience_.start(0);  // the server itself has answered
+  else
+    patience_.start(x_.requestFrameExtents(window_) ? kPatience : kPatienceWithoutAnswer);
 }
 
 bool WindowManagerFence::nativeEventFilter(const QByteArray& type, void* message, qintptr*) {

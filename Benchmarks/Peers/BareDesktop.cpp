@@ -3,6 +3,7 @@
 #include <QCursor>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QRasterWindow>
 #include <QVariantMap>
@@ -12,11 +13,12 @@ namespace bare {
 
 class Window::Impl : public QRasterWindow {
  public:
-  Happened moved_, painted_;
+  std::function<void(int)> moved_;
+  Happened painted_;
 
  protected:
-  void mouseMoveEvent(QMouseEvent*) override {
-    if (moved_) moved_();
+  void mouseMoveEvent(QMouseEvent* event) override {
+    if (moved_) moved_(event->globalPosition().toPoint().x());
   }
   void paintEvent(QPaintEvent*) override {
     QPainter painter(this);
@@ -45,7 +47,7 @@ Window::Window(int x, int y, int width, int height, const Window* above) : impl_
 
 Window::~Window() = default;
 
-void Window::onMoved(Happened moved) {
+void Window::onMoved(std::function<void(int x)> moved) {
   impl_->moved_ = std::move(moved);
 }
 

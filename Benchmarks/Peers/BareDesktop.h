@@ -22,7 +22,8 @@ class Window {
   Window(const Window&) = delete;
   Window& operator=(const Window&) = delete;
 
-  void onMoved(Happened moved);
+  /// The pointer moved over the window; where to, in points from the left edge of the screen.
+  void onMoved(std::function<void(int x)> moved);
   /// After each painting.
   void onPainted(Happened painted);
   void show();

@@ -3,6 +3,7 @@ manager and a session bus: run it under scripts/private-desktop --wm openbox."""
 
 import os
 import signal
+import subprocess
 import tempfile
 import unittest
 
@@ -215,7 +216,17 @@ class SlowWindowManager(RolesCase):
         manager = int(os.environ["PRIVATE_DESKTOP_WM_PID"])
         self.until(self.rests, "it is at its place")
         self.addCleanup(os.kill, manager, signal.SIGCONT)
-        os.kill(manager, signal.SIGSTOP)
+
+        def stops():
+            """Where it hasn't taken the server for itself alone."""
+            os.kill(manager, signal.SIGSTOP)
+            try:
+                return not subprocess.run(["xset", "q"], stdout=subprocess.DEVNULL, timeout=2).returncode
+            except subprocess.TimeoutExpired:
+                os.kill(manager, signal.SIGCONT)
+                return False
+
+        self.until(stops, "the window manager is stopped")
         frame = rect(200, 100, 410, 430)
         self.host.desktop("setFrame", "main", frame)
         told = []
