@@ -119,7 +119,9 @@ void DesktopSurface::tellCaret() {
 
 void DesktopSurface::show() {
   // The window manager minimises what belongs to a window together with it; hidden since, it comes back as it was.
-  if (std::exchange(minimised_, false)) window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
+  minimised_ = false;
+  if (window_->windowStates() & Qt::WindowMinimized)
+    window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
   host_.forgetPlace(*this);
   hideTimer_.stop();
   window_->setVisible(true);
@@ -130,6 +132,10 @@ void DesktopSurface::show() {
   requestStates();
   levelShown_ = !floats();  // where windows begin
   showTicket_ = ticket_;
+}
+
+bool DesktopSurface::isManaged() const {
+  return state_.visible && services_.fence.hasPassed(showTicket_);
 }
 
 void DesktopSurface::hide() {
@@ -167,7 +173,8 @@ void DesktopSurface::fencePassed() {
   awaits_ = false;
   const QPointer<SurfaceWindow> window(window_);
   hide();
-  settle();
+  reportStates();
+  if (window && window->sink()) settle();
   if (window && window->sink()) keptAboveChanged();
   if (window && window->sink()) endMove();
 }
@@ -196,13 +203,21 @@ void DesktopSurface::reportFrame() {
 }
 
 void DesktopSurface::stateChanged() {
-  const bool minimised = window_->windowStates() & Qt::WindowMinimized;
-  const bool zoomed = window_->windowStates() & Qt::WindowMaximized;
-  const bool minimisedChanged = std::exchange(minimised_, minimised) != minimised;
+  stateDoubtful_ = true;
+  if (!awaits_) reportStates();
+}
+
+/// Also where nothing changed: the window manager may have refused what was asked of it.
+void DesktopSurface::reportStates() {
+  if (!stateDoubtful_ || !state_.visible || !services_.x.hasWindowManager()) return;
+  stateDoubtful_ = false;
+  minimised_ = services_.x.isIconic(id_);
+  const bool zoomed = services_.x.hasState(id_, "_NET_WM_STATE_MAXIMIZED_HORZ") &&
+                      services_.x.hasState(id_, "_NET_WM_STATE_MAXIMIZED_VERT");
   const bool zoomedChanged = std::exchange(zoomed_, zoomed) != zoomed;
   const QPointer<SurfaceWindow> window(window_);
   platform::port::SurfaceSink& reported = sink();
-  if (minimisedChanged) reported.surfaceMinimised(minimised);
+  reported.surfaceMinimised(minimised_);
   if (zoomedChanged && window && window->sink()) reported.surfaceZoomed(zoomed);
 }
 
@@ -234,22 +249,23 @@ void DesktopSurface::setParent(Surface* parent) {
 void DesktopSurface::activate() {
   if (!state_.visible) return;
   if (window_->windowStates() & Qt::WindowMinimized) setMinimised(false);
-  window_->requestActivate();
-  services_.x.flush();
+  host_.activate(*this);
 }
 
 void DesktopSurface::setMinimised(bool minimised) {
   if (!services_.x.hasWindowManager()) return refuseMinimising();
   window_->setWindowStates(minimised ? window_->windowStates() | Qt::WindowMinimized
                                      : window_->windowStates() & ~Qt::WindowMinimized);
-  services_.x.flush();
+  stateDoubtful_ = true;
+  await();
 }
 
 void DesktopSurface::setZoomed(bool zoomed) {
   if (!services_.x.hasWindowManager()) return zoomAlone(zoomed);
   window_->setWindowStates(zoomed ? window_->windowStates() | Qt::WindowMaximized
                                   : window_->windowStates() & ~Qt::WindowMaximized);
-  services_.x.flush();
+  stateDoubtful_ = true;
+  await();
 }
 
 /// Without a window manager nobody could bring the window back.

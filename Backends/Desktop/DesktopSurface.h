@@ -38,6 +38,8 @@ class DesktopSurface final : public platform::port::Surface {
   xcb_window_t id() const { return id_; }
   platform::port::SurfaceSink& sink() { return *window_->sink(); }
   bool isShown() const { return state_.visible; }
+  /// Whether the window manager has shown it, too.
+  bool isManaged() const;
   /// Whether it belongs above normal windows.
   bool floats() const { return state_.level >= kFloatingLevel; }
   bool isMoving() const { return moveTimer_.isActive() || moveEnds_; }
@@ -67,6 +69,7 @@ class DesktopSurface final : public platform::port::Surface {
   void await();
   void settle();
   void reportFrame();
+  void reportStates();
   void followMove();
   void refuseMinimising();
   void zoomAlone(bool zoomed);
@@ -82,6 +85,7 @@ class DesktopSurface final : public platform::port::Surface {
   WindowManagerFence::Ticket ticket_ = 0;
   WindowManagerFence::Ticket showTicket_ = 0;
   bool awaits_ = false;
+  bool stateDoubtful_ = false;  ///< whether it is minimised or zoomed is to be found out
   /// Off the screen with the end of the turn: hidden and shown again in one, it stays. A window manager that is still
   /// at the showing may answer the two with hiding for good, or not at all, so hiding waits for it.
   QTimer hideTimer_;

@@ -61,6 +61,20 @@ void DesktopWindowHost::reportScreens() {
 void DesktopWindowHost::fencePassed() {
   for (DesktopSurface* surface : std::vector(surfaces_))
     if (exists(surface)) surface->fencePassed();
+  activateIfManaged();
+}
+
+void DesktopWindowHost::activate(DesktopSurface& surface) {
+  activating_ = &surface;
+  activateIfManaged();
+}
+
+/// The toolkit would hold the request back too, and send it after one that came later for another window.
+void DesktopWindowHost::activateIfManaged() {
+  if (activating_ && !activating_->isShown()) activating_ = nullptr;
+  if (!activating_ || !activating_->isManaged()) return;
+  std::exchange(activating_, nullptr)->window().requestActivate();
+  services_.x.flush();
 }
 
 std::unique_ptr<Surface> DesktopWindowHost::makeSurface(SurfaceSink& sink, const SurfaceState& state) {
@@ -85,6 +99,7 @@ void DesktopWindowHost::remove(DesktopSurface& surface) {
   forgetPlace(surface);
   std::erase(surfaces_, &surface);
   if (active_ == &surface) active_ = nullptr;
+  if (activating_ == &surface) activating_ = nullptr;
 }
 
 void DesktopWindowHost::forgetPlace(const DesktopSurface& surface) {

@@ -37,6 +37,8 @@ class DesktopWindowHost final : public platform::port::WindowHost {
   void restack(DesktopSurface& surface, bool above, DesktopSurface* sibling);
   /// The window manager takes a surface anew and puts it where it likes.
   void forgetPlace(const DesktopSurface& surface);
+  /// Asks for the focus, as soon as the window manager has shown the surface. One that is asked for later wins.
+  void activate(DesktopSurface& surface);
   /// Reports which surface has the focus now, if that is news. The one that gets it hears before the one that lost it,
   /// so that the application doesn't seem to resign in between.
   void updateActive();
@@ -53,12 +55,14 @@ class DesktopWindowHost final : public platform::port::WindowHost {
   void watchScreen(QScreen* screen);
   void reportScreens();
   void fencePassed();
+  void activateIfManaged();
 
   WindowServices services_;
   WindowManagerEvents windowManager_;
   std::vector<DesktopSurface*> surfaces_;
   DesktopSurface* active_ = nullptr;
-  std::vector<xcb_window_t> order_;  ///< from the lowest to the highest, those of others too
+  DesktopSurface* activating_ = nullptr;  ///< waits for the window manager
+  std::vector<xcb_window_t> order_;       ///< from the lowest to the highest, those of others too
   QElapsedTimer sinceRestack_;
   WindowManagerFence::Ticket restackTicket_ = 0;
   QObject context_;

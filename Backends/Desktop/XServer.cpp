@@ -120,6 +120,12 @@ bool XServer::hasState(xcb_window_t window, const std::string& state) {
   return std::find(states.begin(), states.end(), atom(state)) != states.end();
 }
 
+bool XServer::isIconic(xcb_window_t window) {
+  constexpr std::uint32_t kIconic = 3;
+  const auto state = property(window, "WM_STATE", atom("WM_STATE"));
+  return !state.empty() && state.front() == kIconic;
+}
+
 bool XServer::isKeptAbove(xcb_window_t window) {
   const auto types = property(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM);
   const bool isDock = std::find(types.begin(), types.end(), atom("_NET_WM_WINDOW_TYPE_DOCK")) != types.end();

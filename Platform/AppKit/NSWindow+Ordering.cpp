@@ -5,17 +5,9 @@
 #include "Platform/AppKit/NSTextInputClient.h"
 #include "Platform/AppKit/NSThemeFrame.h"
 #include "Platform/AppKit/NSWindow.h"
-#include "Platform/Foundation/RunLoop.h"
 #include "Platform/Foundation/Session.h"
 
 namespace platform {
-
-namespace {
-
-/// How long a report of the machine's counts as the answer to a request.
-constexpr double kStaleReports = 0.5;
-
-}  // namespace
 
 void NSWindow::setIsVisible(bool visible) {
   visible ? orderFront() : orderOut();
@@ -164,23 +156,9 @@ void NSWindow::deminiaturize() {
 }
 
 void NSWindow::surfaceMinimised(bool minimised) {
-  if (isOvertaken(minimised)) return;
   // A family leaves the screen as one, also when the machine begins with a child.
   if (minimised && visible_ && parent_) return familyRoot().changeMiniaturized(true, false);
   changeMiniaturized(minimised, true);
-}
-
-/// Whether the report answers a request of ours that a later one revoked.
-bool NSWindow::isOvertaken(bool minimised) {
-  const double oldest = RunLoop::main().now() - kStaleReports;
-  while (!minimiseRequests_.empty() && minimiseRequests_.front().at < oldest) minimiseRequests_.pop_front();
-  if (minimiseRequests_.empty()) return false;
-  const bool isAnswer = minimiseRequests_.front().minimised == minimised;
-  if (isAnswer)
-    minimiseRequests_.pop_front();
-  else
-    minimiseRequests_.clear();  // refused
-  return isAnswer && !minimiseRequests_.empty();
 }
 
 void NSWindow::changeMiniaturized(bool miniaturized, bool reported) {
@@ -188,7 +166,6 @@ void NSWindow::changeMiniaturized(bool miniaturized, bool reported) {
   const auto alive = self();
   NSApplication& application = NSApplication::shared();
   miniaturized_ = miniaturized;
-  if (!reported) minimiseRequests_.push_back({miniaturized, RunLoop::main().now()});
   if (miniaturized) {
     hideSelf();
     hideChildren();

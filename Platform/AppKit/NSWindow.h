@@ -275,7 +275,6 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
   void showChildren();
   void hideChildren();
   void changeMiniaturized(bool miniaturized, bool reported);
-  bool isOvertaken(bool minimised);
   void keyChanged(bool key);
   int effectiveLevel() const;
   NSWindow& familyRoot();
@@ -349,11 +348,6 @@ class PLATFORM_EXPORT NSWindow : public NSResponder, private port::SurfaceSink {
 
   bool visible_ = false;
   bool miniaturized_ = false;
-  struct MinimiseRequest {
-    bool minimised;
-    double at;
-  };
-  std::deque<MinimiseRequest> minimiseRequests_;  ///< not yet confirmed by the machine
   bool zoomed_ = false;
   bool hiddenWithParent_ = false;
   bool closing_ = false;

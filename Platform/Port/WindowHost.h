@@ -65,6 +65,7 @@ class SurfaceSink {
   /// The user or the window manager gave the surface another frame; screen points.
   virtual void surfaceFrameChanged(const Rect& frame) = 0;
   virtual void surfaceActivated(bool active) = 0;
+  /// The user or the window manager did it, or this is what became of all requests so far.
   virtual void surfaceMinimised(bool minimised) = 0;
   virtual void surfaceZoomed(bool zoomed) = 0;
   /// The user had the surface put above normal windows, or back among them.

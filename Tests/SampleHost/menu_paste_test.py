@@ -59,6 +59,9 @@ class Case(unittest.TestCase):
     def read(self, field, window="main"):
         return self.host.desktop("read", window, field)
 
+    def text(self):
+        return self.host.call("text:main", "attributedText")
+
     def on_screen(self, x, y):
         """A place of the window, in points from its top left, as xdotool takes it."""
         frame = self.read("frame")
@@ -125,7 +128,7 @@ class Menu(Case):
         self.host.answer(number)
         self.assertEqual(self.chosen(), ["Forward"])
         run("xdotool", "key", "a")
-        self.host.until(lambda: self.host.call("text:main", "attributedText") != "", "the composer types again")
+        self.host.until(lambda: self.text() != "", "the composer types again")
 
     def test_it_is_left_by_escape_and_by_a_press_elsewhere(self):
         run("xdotool", "mousemove", *self.on_screen(100, 150))
@@ -176,13 +179,12 @@ class Menu(Case):
     def test_a_syllable_in_the_making_is_neither_lost_nor_doubled(self):
         run("xdotool", "mousemove", *self.on_screen(100, 150))
         run("xdotool", "key", "--delay", "20", "g", "k", "s")
-        self.host.until(lambda: self.host.call("text:main", "attributedText") == "한", "한 is composed")
+        self.host.until(lambda: self.text() == "한", lambda: f"한 is composed, not {self.text()}")
         number, menu = self.show()
         run("xdotool", "key", "Escape")
         self.closed(number, menu)
         run("xdotool", "key", "--delay", "20", "r", "m", "f", "space")
-        self.host.until(lambda: self.host.call("text:main", "attributedText").startswith("한글"), "글 follows")
-        self.assertEqual(self.host.call("text:main", "attributedText"), "한글 ")
+        self.host.until(lambda: self.text() == "한글 ", lambda: f"글 follows once, not {self.text()}")
 
 
 class Other:

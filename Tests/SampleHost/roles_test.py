@@ -91,7 +91,7 @@ class RolesCase(unittest.TestCase):
         return f"_NET_WM_STATE_{state}" in run("xprop", "-id", handle, "_NET_WM_STATE")
 
     def is_mapped(self, handle):
-        return "IsViewable" in run("xwininfo", "-id", handle)
+        return self.server.is_mapped(handle)
 
     def title_bar(self):
         """A point of the main window's title bar, from the top left."""
@@ -104,6 +104,7 @@ class Children(RolesCase):
         super().setUp()
         self.open_family()
         self.expected = self.model_offsets()
+        self.until(lambda: all(map(self.is_mapped, (self.main, *self.family.values()))), "the window manager shows them")
         self.until(lambda: self.offsets() == self.expected, "the server shows what the model says")
 
     def test_a_hundred_moves_leave_every_child_in_place(self):
@@ -158,7 +159,8 @@ class Children(RolesCase):
             self.until(lambda n=name, h=handle: not self.is_mapped(h) and not self.read(n, "visible"), f"{name} goes too")
         run("xdotool", "windowactivate", self.main)
         for name, handle in {"main": self.main, **self.family}.items():
-            self.until(lambda n=name, h=handle: self.is_mapped(h) and self.read(n, "visible"), f"{name} is back")
+            self.until(lambda n=name, h=handle: self.is_mapped(h) and self.read(n, "visible"),
+                       lambda n=name, h=handle: f"{n} is back: {self.is_mapped(h)}, {self.read(n, 'visible')}")
         self.until(lambda: self.offsets() == self.expected, "in their places")
         self.host.call(helper, "closeWindow")
         self.until(lambda: not any(handle in self.stacking() for handle in self.family.values()), "all are closed")
@@ -247,7 +249,8 @@ class SlowWindowManager(RolesCase):
 
 class Popover(RolesCase):
     def test_it_floats_at_its_place_fades_in_and_closes_with_main(self):
-        main = self.open("main", MAIN)
+        self.main = main = self.open("main", MAIN)
+        self.until(self.rests, "the parent is at its place")
         popover = self.open("popover", rect(0, 0, 200, 120), {
             "popoverWindowDescription": {"targetFrame": rect(50, 60, 200, 120), "parentWindowHelper": "window:main"}})
         x, y = self.place(main)

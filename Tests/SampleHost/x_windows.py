@@ -4,7 +4,7 @@ import ctypes
 
 STRUCTURE_NOTIFY_MASK, CONFIGURE_NOTIFY, CLIENT_MESSAGE = 1 << 17, 22, 33
 TO_WINDOW_MANAGER = 1 << 19 | 1 << 20  # substructure notify and redirect
-FROM_PAGER = 2
+FROM_PAGER, IS_VIEWABLE = 2, 2
 
 
 class ConfigureEvent(ctypes.Structure):
@@ -18,6 +18,17 @@ class ClientMessage(ctypes.Structure):
     _fields_ = [("type", ctypes.c_int), ("serial", ctypes.c_ulong), ("send_event", ctypes.c_int),
                 ("display", ctypes.c_void_p), ("window", ctypes.c_ulong), ("message_type", ctypes.c_ulong),
                 ("format", ctypes.c_int), ("data", ctypes.c_long * 5)]
+
+
+class WindowAttributes(ctypes.Structure):
+    _fields_ = [("x", ctypes.c_int), ("y", ctypes.c_int), ("width", ctypes.c_int), ("height", ctypes.c_int),
+                ("border_width", ctypes.c_int), ("depth", ctypes.c_int), ("visual", ctypes.c_void_p),
+                ("root", ctypes.c_ulong), ("kind", ctypes.c_int), ("bit_gravity", ctypes.c_int),
+                ("win_gravity", ctypes.c_int), ("backing_store", ctypes.c_int), ("backing_planes", ctypes.c_ulong),
+                ("backing_pixel", ctypes.c_ulong), ("save_under", ctypes.c_int), ("colormap", ctypes.c_ulong),
+                ("map_installed", ctypes.c_int), ("map_state", ctypes.c_int), ("all_event_masks", ctypes.c_long),
+                ("your_event_mask", ctypes.c_long), ("do_not_propagate_mask", ctypes.c_long),
+                ("override_redirect", ctypes.c_int), ("screen", ctypes.c_void_p)]
 
 
 class Event(ctypes.Union):
@@ -53,6 +64,12 @@ class XServer:
         found = self.x11.XTranslateCoordinates(self.display, ctypes.c_ulong(window), self.root, 0, 0, ctypes.byref(x),
                                                ctypes.byref(y), ctypes.byref(child))
         return (x.value, y.value) if found else None
+
+    def is_mapped(self, window):
+        """Whether it is on the screen."""
+        attributes = WindowAttributes()
+        found = self.x11.XGetWindowAttributes(self.display, ctypes.c_ulong(window), ctypes.byref(attributes))
+        return bool(found) and attributes.map_state == IS_VIEWABLE
 
     def focused(self):
         """The window with the keyboard; 0 or 1 for none and for whichever the pointer is in."""
