@@ -211,7 +211,7 @@ void DesktopSurface::stateChanged() {
 void DesktopSurface::reportStates() {
   if (!stateDoubtful_ || !state_.visible || !services_.x.hasWindowManager()) return;
   stateDoubtful_ = false;
-  minimised_ = services_.x.isIconic(id_);
+  minimised_ = services_.x.isMinimised(id_);
   const bool zoomed = services_.x.hasState(id_, "_NET_WM_STATE_MAXIMIZED_HORZ") &&
                       services_.x.hasState(id_, "_NET_WM_STATE_MAXIMIZED_VERT");
   const bool zoomedChanged = std::exchange(zoomed_, zoomed) != zoomed;

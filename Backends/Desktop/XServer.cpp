@@ -120,10 +120,11 @@ bool XServer::hasState(xcb_window_t window, const std::string& state) {
   return std::find(states.begin(), states.end(), atom(state)) != states.end();
 }
 
-bool XServer::isIconic(xcb_window_t window) {
+bool XServer::isMinimised(xcb_window_t window) {
   constexpr std::uint32_t kIconic = 3;
   const auto state = property(window, "WM_STATE", atom("WM_STATE"));
-  return !state.empty() && state.front() == kIconic;
+  if (state.empty() || state.front() != kIconic) return false;
+  return hasState(window, "_NET_WM_STATE_HIDDEN") || !supports("_NET_WM_STATE_HIDDEN");
 }
 
 bool XServer::isKeptAbove(xcb_window_t window) {

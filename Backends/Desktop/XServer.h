@@ -39,8 +39,8 @@ class XServer {
   /// Managed windows from the lowest to the highest, as the window manager tells.
   std::vector<xcb_window_t> stacking();
   bool hasState(xcb_window_t window, const std::string& state);
-  /// Whether the window manager has minimised it (ICCCM 4.1.3.1).
-  bool isIconic(xcb_window_t window);
+  /// Whether the window manager has minimised it. One on another desktop is iconic, too, but not hidden.
+  bool isMinimised(xcb_window_t window);
   /// Whether the window belongs to one of the layers over that of normal windows.
   bool isKeptAbove(xcb_window_t window);
   /// A window that is never shown, and tells when its properties are written.

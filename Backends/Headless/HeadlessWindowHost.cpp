@@ -148,7 +148,8 @@ void HeadlessWindowHost::changeMinimised(HeadlessSurface& surface, bool minimise
     leaveScreen(surface);
   else
     surface.dirty_ = Rect({}, surface.state_.frame.size());
-  report(surface, [minimised](SurfaceSink& sink) { sink.surfaceMinimised(minimised); });
+  // What it has come to by the time that it is told.
+  report(surface, [&surface](SurfaceSink& sink) { sink.surfaceMinimised(surface.minimised_); });
 }
 
 void HeadlessWindowHost::changeZoomed(HeadlessSurface& surface, bool zoomed) {

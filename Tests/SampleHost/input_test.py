@@ -255,12 +255,12 @@ class Presence(HostCase):
 
     def test_a_session_that_is_locked(self):
         ours, theirs = (f"/org/freedesktop/login1/session/{name}" for name in ("_31", "_32"))
-        answers = {"GetSession": ("o", ours), "Get": ("v", ("b", 1))}
+        answers = {"GetSession": ("o", ours), "Get": ("v", ("b", 0))}
         login = self.service("org.freedesktop.login1", answers, bus=self.system)
         stranger = self.service("org.example.Stranger", bus=self.system)
         saver = self.service("org.mate.ScreenSaver", {"GetActive": ("b", 0)})
         self.start_here()
-        self.until_screens(0)
+        self.host.until(lambda: "Get" in login.asked, "the session is found")
 
         def asks(whether, path=ours, service=login):
             service.emit("Lock" if whether else "Unlock", interface="org.freedesktop.login1.Session", path=path)
@@ -270,27 +270,28 @@ class Presence(HostCase):
                        ("a{sv}", ("LockedHint", ("b", whether))), ("as", []), interface="org.freedesktop.DBus.Properties",
                        path=ours)
 
-        notes(0)
-        self.until_screens(0, 1)
         asks(1, path=theirs)
         asks(1, service=stranger)
         notes(0)
         asks(1)
         notes(1)
-        self.until_screens(0, 1, 0)
+        self.until_screens(0)
         asks(0)
         notes(0)
-        self.until_screens(0, 1, 0, 1)
+        self.until_screens(0, 1)
         # A screen saver that locks when it is asked for it, and notes nothing.
         asks(1)
+        self.host.until(lambda: "GetActive" in saver.asked, "the screen saver is found")
+        self.until_screens(0, 1, 0)
         saver.emit("ActiveChanged", ("b", 1))
-        self.until_screens(0, 1, 0, 1, 0)
         saver.emit("ActiveChanged", ("b", 0))
-        self.until_screens(0, 1, 0, 1, 0, 1)
+        self.until_screens(0, 1, 0, 1)
         asks(1)
-        self.until_screens(0, 1, 0, 1, 0, 1, 0)
+        self.until_screens(0, 1, 0, 1, 0)
         login.close()
-        self.until_screens(0, 1, 0, 1, 0, 1, 0, 1)
+        self.until_screens(0, 1, 0, 1, 0, 1)
+        self.service("org.freedesktop.login1", {**answers, "Get": ("v", ("b", 1))}, bus=self.system)
+        self.until_screens(0, 1, 0, 1, 0, 1, 0)
 
     def test_the_desktops_own_idle_monitor_comes_first(self):
         def monitor_of(milliseconds):

@@ -115,6 +115,13 @@ class Menu(Case):
     def chosen(self):
         return [line["args"][0] for line in self.host.take() if line.get("event") == "popoverMenuItemHandler"]
 
+    def composes(self):
+        run("xdotool", "key", "g")
+        first = self.host.until(self.text, "a key acts")
+        run("xdotool", "key", "BackSpace")
+        self.host.until(lambda: self.text() == "", "and is taken back")
+        return first == "ㅎ"
+
     def test_a_right_click_opens_it_at_the_pointer_and_the_keyboard_chooses(self):
         x, y = self.on_screen(100, 150)
         run("xdotool", "mousemove", x, y, "click", 3)
@@ -178,6 +185,7 @@ class Menu(Case):
 
     def test_a_syllable_in_the_making_is_neither_lost_nor_doubled(self):
         run("xdotool", "mousemove", *self.on_screen(100, 150))
+        self.host.until(self.composes, "the input method knows the window")
         run("xdotool", "key", "--delay", "20", "g", "k", "s")
         self.host.until(lambda: self.text() == "한", lambda: f"한 is composed, not {self.text()}")
         number, menu = self.show()
