@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 #include "Backends/Desktop/DBusBroadcast.h"
@@ -97,8 +98,11 @@ struct DesktopBackend::Parts {
         tray(options.identifier),
         folders(userFolders()) {}
 
-  DesktopText text;
+  /// Reading the system's fonts takes a third of the time until a window appears, so it begins before the toolkit
+  /// starts.
+  std::jthread fontConfiguration = DesktopText::readConfiguration();
   Application application;
+  DesktopText text{fontConfiguration};
   Sweeper sweeper;
   DesktopLoop loop;
   SelectionReader selections;

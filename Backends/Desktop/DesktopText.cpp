@@ -175,12 +175,31 @@ void DesktopTextLayout::draw(QPainter& painter, const QPointF& topLeft) const {
   for (const Paragraph& paragraph : paragraphs_) paragraph.layout->draw(&painter, topLeft);
 }
 
-DesktopText::DesktopText() : fontReader_([] { FcInit(); }) {}
+std::jthread DesktopText::readConfiguration() {
+  return std::jthread([] { FcInit(); });
+}
+
+DesktopText::DesktopText(std::jthread& configuration)
+    : fontReader_([&configuration] {
+        configuration.join();
+        // What the toolkit finds for a script it keeps for all threads.
+        constexpr std::u16string_view kScripts = u"Mirelo 미렐로";
+        const TextRun run{0, kScripts.size(), {}, {}};
+        DesktopTextLayout(kScripts, {&run, 1}, {});
+      }) {
+  // The toolkit's globals go when the process ends, and a program without any text might end early.
+  QMetaObject::invokeMethod(
+      &atFirstTurn_, [this] { finishReading(); }, Qt::QueuedConnection);
+}
+
+void DesktopText::finishReading() {
+  if (fontReader_.joinable()) fontReader_.join();
+}
 
 std::shared_ptr<const platform::port::TextLayout> DesktopText::layout(std::u16string_view text,
                                                                       std::span<const TextRun> runs,
                                                                       const TextOptions& options) {
-  if (fontReader_.joinable()) fontReader_.join();
+  finishReading();
   return std::make_shared<DesktopTextLayout>(text, runs, options);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QObject>
 #include <QTextLayout>
 #include <memory>
 #include <thread>
@@ -41,17 +42,23 @@ class DesktopTextLayout final : public platform::port::TextLayout {
   platform::Size size_;
 };
 
-/// Made before the toolkit's application: reading the system's font configuration takes a third of the time until a
-/// window appears, so another thread does it while the toolkit starts.
+/// Another thread looks for the fonts of the usual scripts while windows are made.
 class DesktopText final : public platform::port::TextMeasure {
  public:
-  DesktopText();
+  /// A thread that reads the system's font configuration. It needs nothing of the toolkit.
+  static std::jthread readConfiguration();
+
+  /// The configuration's reader outlives this.
+  explicit DesktopText(std::jthread& configuration);
   std::shared_ptr<const platform::port::TextLayout> layout(std::u16string_view text,
                                                            std::span<const platform::port::TextRun> runs,
                                                            const platform::port::TextOptions& options) override;
 
  private:
+  void finishReading();
+
   std::jthread fontReader_;
+  QObject atFirstTurn_;
 };
 
 }  // namespace desktop
