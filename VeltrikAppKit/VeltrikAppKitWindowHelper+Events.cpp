@@ -2,6 +2,7 @@
 #include <memory>
 #include <vector>
 
+#include "Platform/AppKit/Attempts.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/DispatchQueue.h"
@@ -51,23 +52,32 @@ void VeltrikAppKitWindowHelper::windowWillClose(NSWindow& /*window*/) {
 }
 
 void VeltrikAppKitWindowHelper::windowDidBecomeMain(NSWindow& window) {
-  if (const auto delegate = delegate_.lock()) delegate->windowDidBecomeMain();
+  // Whatever the delegate throws, a main window has its monitors.
+  platform::Attempts attempt;
+  attempt([&] {
+    if (const auto delegate = delegate_.lock()) delegate->windowDidBecomeMain();
+  });
   // The delegate may have closed the window or made another one main; then nobody would take the monitors away.
   if (window.isMainWindow()) installEventMonitors();
   DispatchQueue::main().async([self = shared_from_this()] {
     postWindowEvent(self->delegate_.lock().get(), MireloDistributedNotification::parentWindowDidBecomeMain);
   });
+  attempt.finish();
 }
 
 void VeltrikAppKitWindowHelper::windowDidResignMain(NSWindow& /*window*/) {
   removeEventMonitors();
-  if (const auto window = nsWindow(); window && window->isVisible())
-    if (const auto delegate = delegate_.lock()) delegate->windowDidResignMain();
-  if (!closeWithResignMainWindow_) return;
-  DispatchQueue::main().async([weak = weak_from_this()] {
-    const auto self = weak.lock();
-    if (const auto window = self ? self->nsWindow() : nullptr) closeAbandonedPopover(*window);
+  platform::Attempts attempt;
+  attempt([&] {
+    if (const auto window = nsWindow(); window && window->isVisible())
+      if (const auto delegate = delegate_.lock()) delegate->windowDidResignMain();
   });
+  if (closeWithResignMainWindow_)
+    DispatchQueue::main().async([weak = weak_from_this()] {
+      const auto self = weak.lock();
+      if (const auto window = self ? self->nsWindow() : nullptr) closeAbandonedPopover(*window);
+    });
+  attempt.finish();
 }
 
 void VeltrikAppKitWindowHelper::windowDidBecomeKey(NSWindow& /*window*/) {

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "Platform/AppKit/Attempts.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/NotificationCenter.h"
@@ -68,32 +69,33 @@ void NSApplication::passFocusOn() {
   changeFocus(key, main);
 }
 
-// Every step tells delegates, who may change the focus themselves: the newest change wins, an overtaken one stops.
+// Every step tells delegates, who may change the focus themselves: the newest change wins, an overtaken one stops. What
+// they throw stops nothing: the keyboard would be nobody's.
 void NSApplication::changeFocus(NSWindow* key, NSWindow* main) {
   const std::uint64_t turn = ++focusTurn_;
   const auto newKey = key ? key->self() : nullptr;
   const auto newMain = main ? main->self() : nullptr;
+  const auto isNewest = [&] { return turn == focusTurn_; };
+  Attempts attempt;
   if (key_ && key_ != key) {
     const auto old = key_->self();
     key_ = nullptr;
-    old->keyChanged(false);
-    if (turn != focusTurn_) return;
+    attempt([&] { old->keyChanged(false); });
   }
-  if (main_ && main_ != main) {
+  if (isNewest() && main_ && main_ != main) {
     const auto old = main_->self();
     main_ = nullptr;
-    old->tell(&NSWindowDelegate::windowDidResignMain);
-    if (turn != focusTurn_) return;
+    attempt([&] { old->tell(&NSWindowDelegate::windowDidResignMain); });
   }
-  if (newKey && key_ != key && newKey->visible_) {
+  if (isNewest() && newKey && key_ != key && newKey->visible_) {
     key_ = key;
-    newKey->keyChanged(true);
-    if (turn != focusTurn_) return;
+    attempt([&] { newKey->keyChanged(true); });
   }
-  if (newMain && main_ != main && newMain->visible_) {
+  if (isNewest() && newMain && main_ != main && newMain->visible_) {
     main_ = main;
-    newMain->tell(&NSWindowDelegate::windowDidBecomeMain);
+    attempt([&] { newMain->tell(&NSWindowDelegate::windowDidBecomeMain); });
   }
+  attempt.finish();
 }
 
 void NSApplication::requestActivation(NSWindow& window) {

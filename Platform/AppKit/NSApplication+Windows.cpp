@@ -50,7 +50,6 @@ void NSApplication::removeFromOrder(NSWindow& window) {
 
 void NSApplication::placeFamily(NSWindow& window, WindowOrdering place, NSWindow* relative) {
   NSWindow& root = window.familyRoot();
-  if (relative && &relative->familyRoot() == &root) relative = nullptr;
   std::vector<NSWindow*> family;
   root.appendFamily(family);
   std::erase_if(ordered_,

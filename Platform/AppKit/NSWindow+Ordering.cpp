@@ -42,12 +42,19 @@ void NSWindow::order(WindowOrdering place, std::int64_t relativeTo) {
     std::erase(siblings, alive);
     siblings.push_back(alive);
   }
+  NSWindow* anchor = relative && relative->visible_ ? relative.get() : nullptr;
+  if (anchor && &anchor->familyRoot() == &familyRoot()) {
+    // Members of a family have their places in it by how they were added.
+    if (visible_) return;
+    anchor = nullptr;
+    place = WindowOrdering::above;
+  }
   if (!visible_) {
     hiddenWithParent_ = false;
     showSelf();
     showChildren();
   }
-  application.placeFamily(*this, place, relative && relative->visible_ ? relative.get() : nullptr);
+  application.placeFamily(*this, place, anchor);
 }
 
 void NSWindow::showSelf() {

@@ -49,6 +49,10 @@ class Tour {
   std::shared_ptr<platform::NSWindow> openCard(const std::string& identifier, const platform::Rect& frame,
                                                const std::shared_ptr<CardScene>& scene);
   void pictureOfFamily(const std::string& name, const std::vector<std::shared_ptr<platform::NSWindow>>& backToFront);
+  // Events and order (TourEvents.cpp).
+  void clicks();
+  void focusAndKeys();
+  void order();
   // Text (TourText.cpp).
   void typeAndSend();
   void composeHangul();

@@ -23,6 +23,9 @@ class SimulatedUser : public TourUser {
   void key(std::uint16_t keyCode, std::uint64_t modifiers) override { desktop_.user().key(keyCode, {}, modifiers); }
   void compose(const std::u16string& preedit) override { desktop_.inputMethod().compose(preedit); }
   void commit(const std::u16string& text) override { desktop_.inputMethod().commit(text); }
+  void click(Point at, int count, bool secondary) override {
+    desktop_.user().click(at, count, secondary ? headless::Button::right : headless::Button::left);
+  }
   void drag(Point from, Point to) override { desktop_.user().drag(from, to); }
   void chooseMenuItem(const std::string& title) override { desktop_.menus()->choose(title); }
   bool canChooseFromMenus() const override { return true; }
@@ -56,6 +59,13 @@ class DirectUser : public TourUser {
   }
   void commit(const std::u16string& committed) override {
     if (const auto text = focusedText()) text->insertText(committed);
+  }
+  void click(Point at, int count, bool secondary) override {
+    for (int click = 1; click <= count; ++click) {
+      post(secondary ? EventType::rightMouseDown : EventType::leftMouseDown, at, click);
+      post(secondary ? EventType::rightMouseUp : EventType::leftMouseUp, at, click);
+    }
+    platform::RunLoop::main().runDue();
   }
   void drag(Point from, Point to) override {
     post(EventType::leftMouseDown, from);
@@ -95,11 +105,11 @@ class DirectUser : public TourUser {
     NSApplication::shared().sendEvent(std::make_shared<const NSEvent>(made));
   }
 
-  static void post(EventType type, Point onScreen) {
+  static void post(EventType type, Point onScreen, int clickCount = 1) {
     NSEvent made = event(type);
     const auto window = NSApplication::shared().keyWindow();
     made.locationInWindow = window ? window->convertPointFromScreen(onScreen) : onScreen;
-    made.clickCount = 1;
+    made.clickCount = clickCount;
     NSApplication::shared().postEvent(std::make_shared<const NSEvent>(made), false);
   }
 

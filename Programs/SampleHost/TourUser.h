@@ -18,6 +18,8 @@ class TourUser {
   /// The input method shows a preedit, and later commits.
   virtual void compose(const std::u16string& preedit) = 0;
   virtual void commit(const std::u16string& text) = 0;
+  /// At a screen point.
+  virtual void click(platform::Point at, int count, bool secondary) = 0;
   /// Presses at `from`, moves to `to` and releases; screen points.
   virtual void drag(platform::Point from, platform::Point to) = 0;
   /// Chooses from the open menu; where only the real pointer could, leaves it.

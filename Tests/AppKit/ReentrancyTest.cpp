@@ -158,6 +158,28 @@ TEST_F(ReentrancyTest, aWindowThatBeganToCloseIsClosedWhateverIsThrown) {
   EXPECT_EQ(window->nativeHandle(), 0u);
 }
 
+TEST_F(ReentrancyTest, theFocusArrivesWhateverIsThrownOnTheWay) {
+  for (const std::string step : {"resignedKey", "resignedMain", "becameKey", "becameMain"}) {
+    SCOPED_TRACE(step);
+    setUpScene();
+    const auto otherDelegate = std::make_shared<RecordingDelegate>("o", log);
+    scene.other->setDelegate(otherDelegate);
+    bool thrown = false;
+    const auto throwing = [&](const std::string& what, NSWindow&) {
+      if (what != step) return;
+      thrown = true;
+      throw std::runtime_error("no");
+    };
+    scene.delegate->during = otherDelegate->during = throwing;
+    EXPECT_THROW(scene.other->makeKeyAndOrderFront(nullptr), std::runtime_error);
+    EXPECT_TRUE(thrown);
+    EXPECT_TRUE(scene.other->isKeyWindow());
+    EXPECT_TRUE(scene.other->isMainWindow());
+    scene.delegate->during = otherDelegate->during = nullptr;
+    tearDownScene();
+  }
+}
+
 TEST_F(ReentrancyTest, monitorsComeAndGoWhileTheyRun) {
   setUpScene();
   const auto key = [&] {

@@ -79,6 +79,8 @@ TEST_F(WindowOrderTest, followsLevelsFamiliesAndOrders) {
       {"a child below", {"A", "B", "C", "A_B", "C", "B"}, "ABC"},
       {"grandchildren", {"A", "B", "C", "D", "A+B", "B+C", "D", "A"}, "CBAD"},
       {"the newest sibling lies on top", {"A", "B", "C", "A+B", "A+C", "B"}, "BCA"},
+      {"below its own parent a child stays where its family is", {"A", "B", "C", "A+B", "B<A"}, "BAC"},
+      {"shown below its own parent it comes with its family", {"A", "B", "C", "A+B", "-B", "C", "B<A"}, "BAC"},
       {"a floating child above a normal parent", {"A", "B", "C", "A+B", "B3", "C"}, "BCA"},
       {"a child is never under its floating parent", {"A", "B", "A+B", "A3", "C"}, "BAC"},
       {"hiding hides the children", {"A", "B", "C", "A+B", "-A"}, "C"},

@@ -18,7 +18,10 @@ class DesktopCase(unittest.TestCase):
 
     def open_chat(self):
         self.host.call("host", "openChat", "main", FRAME)
-        self.host.until(lambda: self.read("key"), "the chat window becomes key")
+        self.until_it_has_the_keyboard()
+
+    def until_it_has_the_keyboard(self):
+        self.host.until(lambda: self.read("key"), "the window becomes key")
         self.window = self.read("nativeHandle")
         self.host.until(lambda: f"{self.window:#x}" in run("xprop", "-root", "_NET_ACTIVE_WINDOW"), "it is active")
         # The window manager says so before it hands over the keyboard.
@@ -43,6 +46,12 @@ class DesktopCase(unittest.TestCase):
         height = self.read("frame")["height"]
         return {"x": int(shell["X"]), "y": screen - int(shell["Y"]) - int(height),
                 "width": int(shell["WIDTH"]), "height": int(shell["HEIGHT"])}
+
+    def on_screen(self, x, y):
+        """A place of the window, in points from its top left, as xdotool takes it."""
+        frame = self.read("frame")
+        screen = int(run("xdotool", "getdisplaygeometry").split()[1])
+        return int(frame["x"]) + x, screen - int(frame["y"] + frame["height"]) + y
 
     def property(self, name):
         return run("xprop", "-id", self.window, name)
@@ -109,9 +118,7 @@ class Window(DesktopCase):
 
     def press(self):
         """Presses in the drag region; the pointer's place."""
-        frame = self.read("frame")
-        screen = int(run("xdotool", "getdisplaygeometry").split()[1])
-        x, y = int(frame["x"]) + 300, screen - int(frame["y"] + frame["height"]) + 40
+        x, y = self.on_screen(300, 40)
         run("xdotool", "mousemove", x, y, "mousedown", 1)
         return x, y
 
@@ -138,6 +145,19 @@ class Window(DesktopCase):
         keys("1")
         self.until_text("1")
         self.assertEqual(self.geometry(), start)
+
+    def test_double_clicks_are_told_in_host_points_also_in_the_drag_region(self):
+        for place in ((300, 40), (120, 300)):
+            with self.subTest(place):
+                self.host.take()
+                run("xdotool", "mousemove", *self.on_screen(*place), "click", "--repeat", 2, "--delay", 20, 1)
+
+                def told():
+                    return [line["args"][0] for line in self.host.take() if line.get("event") == "mouseDoubleTapped"]
+
+                (at,) = self.host.until(told, "the host hears of it")
+                self.assertAlmostEqual(at["x"], place[0] * 100 / 77, delta=0.01)
+                self.assertAlmostEqual(at["y"], place[1] * 100 / 77, delta=0.01)
 
     def test_frame_in_is_frame_out(self):
         for number in range(10):
@@ -180,6 +200,52 @@ class Window(DesktopCase):
         size = run("identify", "-format", "%w %h %k", path).split()
         self.assertEqual(size[:2], [str(FRAME["width"]), str(FRAME["height"])])
         self.assertGreater(int(size[2]), 50, "more than a few colours")
+
+
+class Focus(DesktopCase):
+    """Between a native input and the host's own view, which takes no typing."""
+
+    def setUp(self):
+        super().setUp()
+        self.host.call("app", "bindNSWindowWithUIWindowID", "main")
+        self.host.desktop("makeWindow", "main", FRAME)
+        self.host.desktop("orderFront", "main")
+        self.until_it_has_the_keyboard()
+        self.own = self.read("firstResponder")
+        self.host.call("window:main", "addCommonTextInputViewOn", rect(100, 100, 200, 50), "host")
+
+    def click(self, x, y):
+        run("xdotool", "mousemove", *self.on_screen(x, y), "click", 1)
+
+    def press(self, key, code):
+        """Presses a key; it has been dealt with when this returns."""
+        self.host.take()
+        keys(key)
+        self.host.until(lambda: any(line.get("event") == "handleFunctionKey" and line["args"][::2] == [code, 1]
+                                    for line in self.host.take()), f"{key} comes up again")
+
+    def test_a_syllable_in_the_making_is_neither_lost_nor_doubled_when_it_moves(self):
+        self.click(200, 125)
+        keys("g", "k", "s")
+        self.until_text("한")
+        self.click(300, 400)
+        self.host.until(lambda: self.read("firstResponder") == self.own, "the host's view has the focus")
+        self.press("1", 18)
+        self.assertEqual(self.text(), "한", "the key goes nowhere")
+        self.click(200, 125)
+        self.host.until(lambda: self.read("firstResponder") != self.own, "the input has it")
+        keys("r", "k")
+        self.until_text("한가")
+
+    def test_a_right_arrow_that_the_host_makes_moves_the_caret(self):
+        self.click(200, 125)
+        keys("1", "2")
+        self.until_text("12")
+        for _ in range(2):
+            self.press("Left", 123)
+        self.host.call("window:main", "generateRightArrowKey")
+        keys("3")
+        self.until_text("132")
 
 
 class Bus(DesktopCase):

@@ -146,6 +146,7 @@ class Children(RolesCase):
 
     def test_they_minimise_restore_and_close_with_their_parent(self):
         helper = "window:main"
+        start = self.place(self.main)
         for _ in range(2):
             self.host.call(helper, "minimize")
             for handle in (self.main, *self.family.values()):
@@ -153,7 +154,7 @@ class Children(RolesCase):
             self.host.call(helper, "becomeFirstWindow")
             for handle in (self.main, *self.family.values()):
                 self.until(lambda h=handle: self.is_mapped(h), "all are back")
-            self.until(lambda: self.offsets() == self.expected, "in their places")
+            self.until(lambda: self.offsets() == self.expected and self.place(self.main) == start, "in their places")
         run("xdotool", "windowminimize", self.main)
         for name, handle in {"main": self.main, **self.family}.items():
             self.until(lambda n=name, h=handle: not self.is_mapped(h) and not self.read(n, "visible"), f"{name} goes too")
@@ -161,7 +162,7 @@ class Children(RolesCase):
         for name, handle in {"main": self.main, **self.family}.items():
             self.until(lambda n=name, h=handle: self.is_mapped(h) and self.read(n, "visible"),
                        lambda n=name, h=handle: f"{n} is back: {self.is_mapped(h)}, {self.read(n, 'visible')}")
-        self.until(lambda: self.offsets() == self.expected, "in their places")
+        self.until(lambda: self.offsets() == self.expected and self.place(self.main) == start, "in their places")
         self.host.call(helper, "closeWindow")
         self.until(lambda: not any(handle in self.stacking() for handle in self.family.values()), "all are closed")
 
@@ -260,8 +261,11 @@ class Sheet(RolesCase):
     def setUp(self):
         super().setUp()
         self.main = self.open("main", MAIN)
-        self.sheet = self.open("sheet", rect(0, 0, 240, 120))
-        self.host.call("window:sheet", "convertAsSheetWindowWithParentWindowHelper", "window:main")
+        self.show("sheet")
+
+    def show(self, name):
+        self.sheet = self.open(name, rect(0, 0, 240, 120))
+        self.host.call(f"window:{name}", "convertAsSheetWindowWithParentWindowHelper", "window:main")
         self.until(lambda: self.is_mapped(self.sheet), "it is shown")
 
     def active(self):
@@ -299,14 +303,20 @@ class Sheet(RolesCase):
         run("xdotool", "windowmove", self.main, 250, 90)
         self.until(lambda: self.place(self.main) == (250, 90) and self.below_title_bar(), "moved by the window manager")
 
-    def test_it_ends_and_leaves_the_parent_usable(self):
-        self.host.call("window:main", "closeChildAlert")
-        self.until(lambda: self.sheet not in self.stacking(), "it is gone")
-        self.until(lambda: self.active() == self.main, "the keyboard is back")
+    def test_it_ends_and_leaves_the_parent_usable_however_often(self):
         self.host.call("host", "answer", "window:main", "mouseRightClick", True)
         x, y = self.place(self.main)
-        run("xdotool", "mousemove", x + 30, y + 350, "click", 3)
-        self.until(lambda: "mouseRightClick" in self.host.events("window:main"), "the parent takes clicks")
+        for number, (window, end) in enumerate((("main", "closeChildAlert"), ("second", "closeSheetWindow"))):
+            with self.subTest(end):
+                if number:
+                    self.show(window)
+                self.until(lambda: self.active() == self.sheet, "it has the keyboard")
+                self.host.call(f"window:{window}", end)
+                self.until(lambda: self.sheet not in self.stacking(), "it is gone")
+                self.until(lambda: self.active() == self.main, "the keyboard is back")
+                self.host.take()
+                run("xdotool", "mousemove", x + 30, y + 350, "click", 3)
+                self.until(lambda: "mouseRightClick" in self.host.events("window:main"), "the parent takes clicks")
 
 
 class Autosave(RolesCase):

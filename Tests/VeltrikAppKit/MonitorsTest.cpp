@@ -1,4 +1,5 @@
 #include "Platform/AppKit/NSControl.h"
+#include "Platform/AppKit/NSPanel.h"
 #include "Platform/AppKit/NSTextView.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 
@@ -110,7 +111,8 @@ TEST_F(MonitorsTest, PlainKeysThatNothingCanTakeAreSwallowed) {
         Row{"escape", KeyCode::kEscape, 0, false, nullptr, true},
         Row{"Shift held", KeyCode::kA, ModifierFlag::kShift, false, nullptr, true},
         Row{"Caps Lock", KeyCode::kA, ModifierFlag::kCapsLock, false, nullptr, true},
-        Row{"arrow", KeyCode::kLeftArrow, kArrow, false, nullptr, true}}) {
+        Row{"arrow", KeyCode::kLeftArrow, kArrow, false, nullptr, true},
+        Row{"nobody to ask", KeyCode::kA, 0, false, nullptr, true, false}}) {
     SCOPED_TRACE(row.name);
     const auto bound = show("main");
     bound.host->inputable = row.inputable;
@@ -130,6 +132,35 @@ TEST_F(MonitorsTest, PlainKeysThatNothingCanTakeAreSwallowed) {
     NSApplication::shared().removeMonitor(monitor);
     bound.native->close();
   }
+}
+
+TEST_F(MonitorsTest, AKeyPanelsShortcutTakesAPlainKeyAlsoFromAHostThatTakesTyping) {
+  struct Shortcut final : NSView {
+    bool performKeyEquivalent(const platform::EventPointer& event) override { return event->characters == "a"; }
+  };
+  const auto bound = show("main");
+  const auto panel = platform::NSPanel::make({700, 100, 100, 100}, kOrdinaryStyle);
+  const auto view = std::make_shared<HostView>();
+  panel->setContentView(view);
+  view->addSubview(std::make_shared<Shortcut>());
+  panel->makeFirstResponder(view);
+  panel->makeKeyAndOrderFront(nullptr);
+  desktop.settle();
+  ASSERT_TRUE(bound.native->isMainWindow());
+  desktop.user().key(KeyCode::kA, "a");
+  desktop.user().key(KeyCode::kV, "v");
+  EXPECT_EQ(view->keys, "v");
+}
+
+TEST_F(MonitorsTest, WithoutTheHelperEventsPass) {
+  const auto bound = showSized("main", {200, 100, 800, 600});
+  bound.host->inputable = false;
+  bound.host->consumesClicks = true;
+  bound.host->helper = nullptr;
+  desktop.user().click({300, 300}, 2);
+  desktop.user().key(KeyCode::kA, "a");
+  EXPECT_EQ(bound.view().mouseDowns, 2);
+  EXPECT_EQ(bound.view().keys, "a");
 }
 
 TEST_F(MonitorsTest, AKeyPressOfTheRightArrowIsMadeFromNothing) {

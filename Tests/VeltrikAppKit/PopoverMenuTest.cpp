@@ -1,3 +1,6 @@
+#include <stdexcept>
+
+#include "Platform/Foundation/DispatchQueue.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 #include "VeltrikAppKit/Protocols/VeltrikPopoverMenuItemProtocol.h"
 
@@ -112,6 +115,14 @@ TEST_F(PopoverMenuTest, WindowAndHelperMayGoWhileItIsOpen) {
     EXPECT_EQ(desktop.menus()->open(), nullptr);
     if (!row.closesWindow) bound.native->close();
   }
+}
+
+TEST_F(PopoverMenuTest, WhatIsThrownWhileItIsOpenEndsItAndLeavesNothingBehind) {
+  const auto bound = show("main");
+  platform::DispatchQueue::main().async([] { throw std::runtime_error("host"); });
+  EXPECT_THROW(bound.helper()->showPopoverMenuWithItems({noting("one")}), std::runtime_error);
+  EXPECT_EQ(desktop.menus()->open(), nullptr);
+  EXPECT_THAT(bound.view().subviews(), IsEmpty());
 }
 
 TEST_F(PopoverMenuTest, AHandlerMayCloseItsWindowOrShowTheNextMenu) {

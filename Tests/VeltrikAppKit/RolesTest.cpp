@@ -62,6 +62,7 @@ TEST_F(RolesTest, APopoverGoesWhereItsDescriptionSays) {
       {"left of the screen", {-150, 300, 200, 300}, {10, 0, 100, 80}, {100, 100}, {}, {54, 520, 100, 80}},
       {"below the screen", {200, -100, 400, 300}, {10, 250, 100, 80}, {100, 100}, {}, {210, 20, 100, 80}},
       {"both", {-150, -100, 200, 150}, {0, 100, 100, 80}, {100, 100}, {}, {54, 20, 100, 80}},
+      {"of a parent on no screen", {-900, -700, 400, 300}, target, {100, 100}, {}, {-496, 20, 100, 80}},
       {"beside the parent", parent, target, {100, 100}, {{2, 1}}, {604, 420, 100, 80}},
       {"edges that name no place", parent, target, {100, 100}, {{1, 2}}, atTarget},
       {"no edges", parent, target, {100, 100}, {{}}, atTarget},
@@ -178,6 +179,8 @@ TEST_F(RolesTest, AnOrdinaryWindowIsPlacedByItsEdges) {
       {"right, and it just fits", {2, 1}, {936, 200, 400, 300}, {1340, 420}},
       {"left, but there the screen ends", {0, 3}, {50, 200, 400, 300}, {454, 200}},
       {"left, and it just fits", {0, 3}, {104, 200, 400, 300}, {0, 200}},
+      {"right of a parent on no screen", {2, 1}, {3000, 200, 400, 300}, {3404, 420}},
+      {"left of a parent on no screen", {0, 3}, {-900, 200, 400, 300}, {-496, 200}},
       {"another order of the same edges", {1, 2}, parent, unchanged},
       {"numbers that are no edges are left out", {0, 7, 1, -1}, parent, {96, 420}},
       {"none but such", {7}, parent, unchanged},
@@ -359,6 +362,7 @@ TEST_F(RolesTest, AWindowIsKeptOnItsScreen) {
       {"below the bottom", {100, -50, 300, 200}, {100, 0, 300, 200}},
       {"above the top", {100, 800, 300, 200}, {100, 0, 300, 200}},
       {"over a corner", {1240, -50, 300, 200}, {1140, 0, 300, 200}},
+      {"on no screen", {3000, 100, 300, 200}, {3000, 100, 300, 200}},
   };
   const auto main = show("main");
   for (const Row& row : rows) {

@@ -1,5 +1,9 @@
+#include <stdexcept>
 #include <tuple>
 
+#include <gmock/gmock.h>
+
+#include "Platform/AppKit/ScopedDepth.h"
 #include "Tests/VeltrikAppKit/TextInputFixture.h"
 
 namespace veltrik {
@@ -21,6 +25,10 @@ class TextInputSafety : public TextInputFixture, public testing::WithParamInterf
       window = nullptr;
     } else if (action == "forget host") {
       host = nullptr;
+    } else if (action == "open a window") {
+      platform::NSWindow::make({500, 100, 100, 100}, platform::StyleMask::kTitled)->makeKeyAndOrderFront(nullptr);
+    } else if (action == "throw") {
+      throw std::runtime_error("host");
     } else if (auto* text = view()) {
       if (action == "reset") text->reset();
       if (action == "set text") text->setAttributedText(platform::NSAttributedString(u"!"));
@@ -37,10 +45,10 @@ TEST_P(TextInputSafety, HostActsInsideTheCallback) {
   int depth = 0;
   host->inside = [&, callback = callback, action = action](const std::string& heard) {
     if (!heard.starts_with(callback) || depth > 0) return;
-    ++depth;
+    const platform::ScopedDepth inside(depth);
     act(action);
-    --depth;
   };
+  int thrown = 0;
   const std::function<void()> everythingThatCalls[] = {
       [&] { type("ab한"); },
       [&] { inputMethod().compose(u"ㅎ"), inputMethod().compose(u"하"); },
@@ -62,19 +70,29 @@ TEST_P(TextInputSafety, HostActsInsideTheCallback) {
       [&] { desktop.advance(2); },
   };
   for (const auto& call : everythingThatCalls) {
-    call();
+    try {
+      call();
+    } catch (const std::runtime_error&) {
+      ++thrown;
+    }
     if (auto* text = view()) {
       const auto length = text->textStorage().length();
       ASSERT_LE(text->selectedRange().end(), length);
       ASSERT_LE(text->markedRange().end(), length);
     }
   }
+  EXPECT_EQ(thrown > 0, action == "throw");
+  if (action != "throw") return;
+  host->inside = nullptr;
+  type("z");
+  EXPECT_THAT(platform::utf8(string()), testing::HasSubstr("z"));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, TextInputSafety,
                          testing::Combine(testing::Values("send", "changed", "selection", "backspace?", "change?"),
                                           testing::Values("drop", "reset", "set text", "close", "unmark",
-                                                          "not editable", "undo", "forget host")),
+                                                          "not editable", "undo", "forget host", "open a window",
+                                                          "throw")),
                          [](const auto& row) {
                            std::string name = std::get<0>(row.param) + "_" + std::get<1>(row.param);
                            std::erase_if(name, [](char c) { return c == ' ' || c == '?'; });

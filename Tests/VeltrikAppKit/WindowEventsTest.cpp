@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "Platform/Foundation/Geometry.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 
@@ -164,6 +166,31 @@ TEST_F(WindowEventsTest, AWindowGoesBehindTheHostsOtherWindowsWithoutTheFocus) {
   third.helper()->orderFrontBehideCurrentWindows();
   EXPECT_EQ(order(), numbers(third.native, foreign)) << "the host's only one is just ordered front";
   EXPECT_TRUE(foreign->isKeyWindow());
+}
+
+TEST_F(WindowEventsTest, AChildThatIsTheOnlyOneBesideItsParentTakesItNowhere) {
+  const auto parent = show("parent"), child = show("child");
+  parent.native->addChildWindow(child.native, WindowOrdering::above);
+  const auto foreign = makeNativeWindow();
+  foreign->orderFront();
+  child.helper()->orderFrontBehideCurrentWindows();
+  EXPECT_EQ(order(),
+            (std::vector{child.native->windowNumber(), parent.native->windowNumber(), foreign->windowNumber()}));
+}
+
+TEST_F(WindowEventsTest, AHostThatThrowsLosesNeitherMonitorsNorAPopoversClosing) {
+  const auto popover = show("popover"), main = show("main");
+  popover.native->attached().set(kIsPopover, true);
+  const auto failing = [] { throw std::runtime_error("host"); };
+  popover.host->reactions["windowDidBecomeMain"] = popover.host->reactions["windowDidResignMain"] = failing;
+  EXPECT_THROW(popover.helper()->becomeFirstWindow(), std::runtime_error);
+  desktop.user().click(popover.native->frame().center(), 1, headless::Button::right);
+  EXPECT_THAT(popover.host->calls, Contains("mouseRightClick"));
+  EXPECT_THROW(main.helper()->becomeFirstWindow(), std::runtime_error);
+  EXPECT_TRUE(main.helper()->isMainNSWindow());
+  EXPECT_TRUE(main.helper()->isKeyNSWindow());
+  desktop.settle();
+  EXPECT_TRUE(popover.native->isClosed());
 }
 
 TEST_F(WindowEventsTest, MinimisingAndZoomingReachTheMachineAndComeBack) {

@@ -77,7 +77,7 @@ class VeltrikAppKitWindowHelperDelegateProtocol {
   virtual bool mouseDoubleTapped(platform::Point location) = 0;
   /// A right click in the window, in host points. True consumes it.
   virtual bool mouseRightClick(platform::Point location) = 0;
-  /// Files or images were dropped on the window. To come: not called yet.
+  /// Files or images were dropped on a window after `setAsFileDropable`; an image without a file has become one.
   virtual void didSelectedFilePath(const std::vector<platform::URL>& files) = 0;
   /// The user asks to close the window; its child windows have been closed. True lets it close.
   virtual bool windowShouldClose() = 0;

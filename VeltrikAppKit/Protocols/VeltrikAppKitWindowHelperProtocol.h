@@ -116,7 +116,7 @@ class VeltrikAppKitWindowHelperProtocol {
 
   // Menu, keys, colour
 
-  /// Shows a native context menu at the pointer. To come.
+  /// Shows a native context menu at the pointer and returns when it has closed; the chosen item's handler has run then.
   virtual void showPopoverMenuWithItems(const std::vector<std::shared_ptr<VeltrikPopoverMenuItemProtocol>>& items) = 0;
   /// Sends the application a press and a release of the right arrow key.
   virtual void generateRightArrowKey() = 0;
@@ -125,9 +125,9 @@ class VeltrikAppKitWindowHelperProtocol {
 
   // Paste and drop
 
-  /// Makes the content area take dropped files and images. To come.
+  /// Makes the content area take dropped files and images; the delegate hears `didSelectedFilePath`.
   virtual void setAsFileDropable() = 0;
-  /// The files on the clipboard, an image among them as a file; empty when there are none. To come: empty.
+  /// The files on the clipboard, or an image on it, written to a file of the cache; empty when there are none.
   virtual std::vector<platform::URL> readPastedFilePath() = 0;
 
   // Text input
