@@ -269,7 +269,7 @@ class Sheet(RolesCase):
         self.until(lambda: self.is_mapped(self.sheet), "it is shown")
 
     def active(self):
-        return self.listed("_NET_ACTIVE_WINDOW")[0]
+        return next(iter(self.listed("_NET_ACTIVE_WINDOW")), None)
 
     def below_title_bar(self):
         x, y = self.place(self.main)
