@@ -9,7 +9,6 @@
 
 namespace samplehost {
 
-namespace KeyCode = platform::KeyCode;
 using platform::Point;
 using platform::Rect;
 
