@@ -1,6 +1,8 @@
 #include "Backends/Desktop/DesktopText.h"
 
 #include <fontconfig/fontconfig.h>
+#include <pthread.h>
+#include <sched.h>
 
 #include <QFontDatabase>
 #include <QFontMetricsF>
@@ -90,6 +92,15 @@ bool endsParagraph(QChar character) {
   return character == u'\n' || character == QChar::ParagraphSeparator || character == QChar::LineSeparator;
 }
 
+/// Moves a short-lived thread away from the processor that this one is on. A new one is left beside its maker until the
+/// system next balances the load, which is milliseconds later, and they would take turns.
+void runElsewhere(std::jthread& thread) {
+  cpu_set_t processors;
+  if (sched_getaffinity(0, sizeof processors, &processors) != 0) return;
+  CPU_CLR(static_cast<std::size_t>(sched_getcpu()), &processors);
+  if (CPU_COUNT(&processors) > 0) pthread_setaffinity_np(thread.native_handle(), sizeof processors, &processors);
+}
+
 }  // namespace
 
 DesktopTextLayout::DesktopTextLayout(std::u16string_view text, std::span<const TextRun> runs,
@@ -176,7 +187,9 @@ void DesktopTextLayout::draw(QPainter& painter, const QPointF& topLeft) const {
 }
 
 std::jthread DesktopText::readConfiguration() {
-  return std::jthread([] { FcInit(); });
+  std::jthread reader([] { FcInit(); });
+  runElsewhere(reader);
+  return reader;
 }
 
 DesktopText::DesktopText(std::jthread& configuration)
@@ -187,6 +200,7 @@ DesktopText::DesktopText(std::jthread& configuration)
         const TextRun run{0, kScripts.size(), {}, {}};
         DesktopTextLayout(kScripts, {&run, 1}, {});
       }) {
+  runElsewhere(fontReader_);
   // The toolkit's globals go when the process ends, and a program without any text might end early.
   QMetaObject::invokeMethod(
       &atFirstTurn_, [this] { finishReading(); }, Qt::QueuedConnection);
