@@ -16,9 +16,6 @@ inline constexpr std::uint64_t kMostPixels = 64'000'000;
 /// Windows bitmap. Pixels of scale 1. Nothing for anything else, what is damaged, and what has too many pixels.
 PLATFORM_EXPORT std::optional<Bitmap> bitmapFromImage(DataView bytes);
 
-// Its parts, each for one format.
-std::optional<Bitmap> bitmapFromJPEG(DataView bytes);
-std::optional<Bitmap> bitmapFromTIFF(DataView bytes);
 std::optional<Bitmap> bitmapFromBMP(DataView bytes);
 
 /// Whether both are positive and their product is within the limit.

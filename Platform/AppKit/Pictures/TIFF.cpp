@@ -5,6 +5,8 @@
 #include <memory>
 
 #include "Platform/AppKit/ImageReading.h"
+#include "Platform/AppKit/Pictures/Pictures.h"
+#include "Platform/Export.h"
 
 namespace platform {
 
@@ -60,8 +62,6 @@ std::uint32_t swapped(std::uint32_t pixel) {
   return (pixel & 0xFF00FF00) | (pixel & 0xFF) << 16 | (pixel >> 16 & 0xFF);
 }
 
-}  // namespace
-
 std::optional<Bitmap> bitmapFromTIFF(DataView bytes) {
   Source source{bytes};
   const auto file = open(source);
@@ -78,4 +78,10 @@ std::optional<Bitmap> bitmapFromTIFF(DataView bytes) {
   return bitmap;
 }
 
+}  // namespace
+
 }  // namespace platform
+
+extern "C" PLATFORM_EXPORT void veltrikReadTIFF(platform::DataView bytes, std::optional<platform::Bitmap>& bitmap) {
+  bitmap = platform::bitmapFromTIFF(bytes);
+}

@@ -3,6 +3,8 @@
 #include <memory>
 
 #include "Platform/AppKit/ImageReading.h"
+#include "Platform/AppKit/Pictures/Pictures.h"
+#include "Platform/Export.h"
 
 namespace platform {
 
@@ -11,8 +13,6 @@ namespace {
 struct Ending {
   void operator()(void* decoder) const { tjDestroy(decoder); }
 };
-
-}  // namespace
 
 std::optional<Bitmap> bitmapFromJPEG(DataView bytes) {
   const std::unique_ptr<void, Ending> decoder(tjInitDecompress());
@@ -32,4 +32,10 @@ std::optional<Bitmap> bitmapFromJPEG(DataView bytes) {
   return bitmap;
 }
 
+}  // namespace
+
 }  // namespace platform
+
+extern "C" PLATFORM_EXPORT void veltrikReadJPEG(platform::DataView bytes, std::optional<platform::Bitmap>& bitmap) {
+  bitmap = platform::bitmapFromJPEG(bytes);
+}
