@@ -1,5 +1,6 @@
 #include "Backends/Desktop/SessionBus.h"
 
+#include <fcntl.h>
 #include <poll.h>
 
 #include <QElapsedTimer>
@@ -48,6 +49,9 @@ SessionBus::Reply replyOf(sd_bus_message* message) {
   const bool isText = sd_bus_message_peek_type(message, &type, nullptr) > 0 && (type == 's' || type == 'o');
   if (isText && sd_bus_message_read_basic(message, type, &text) > 0) reply.text = text;
   if (type == 'b') sd_bus_message_read_basic(message, type, &reply.number);
+  // The message keeps its own one.
+  if (int lent = -1; type == 'h' && sd_bus_message_read_basic(message, type, &lent) > 0)
+    reply.descriptor = std::make_shared<platform::FileDescriptor>(fcntl(lent, F_DUPFD_CLOEXEC, 0));
   return reply;
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Backends/Desktop/BusMessage.h"
+#include "Platform/Foundation/FileDescriptor.h"
 
 namespace desktop {
 
@@ -21,12 +22,12 @@ class SessionBus {
  public:
   enum class Kind { user, system };
   /// How a call ended. `text` is the answer's first argument where that is a text, `number` where it is a truth value,
-  /// also in a variant;
-  /// `error` says what went wrong.
+  /// also in a variant; `descriptor` where it is a file descriptor, null otherwise. `error` says what went wrong.
   struct Reply {
     bool succeeded = false;
     std::string text{};
     int number = 0;
+    std::shared_ptr<const platform::FileDescriptor> descriptor{};
     std::string error{};
   };
   using Completion = std::function<void(const Reply&)>;

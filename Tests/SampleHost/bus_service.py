@@ -8,9 +8,9 @@ import subprocess
 import threading
 
 CALL, ANSWER, ERROR, SIGNAL = 1, 2, 3, 4
-PATH, INTERFACE, MEMBER, ERROR_NAME, REPLY_SERIAL, DESTINATION, SENDER, SIGNATURE = range(1, 9)
+PATH, INTERFACE, MEMBER, ERROR_NAME, REPLY_SERIAL, DESTINATION, SENDER, SIGNATURE, DESCRIPTORS = range(1, 10)
 BUS = "org.freedesktop.DBus"
-FORMATS = {"b": "<I", "u": "<I", "t": "<Q"}
+FORMATS = {"b": "<I", "u": "<I", "h": "<I", "t": "<Q"}
 
 
 class Bus:
@@ -76,7 +76,7 @@ def message(kind, serial, fields, arguments=()):
     for code, value in fields.items():
         if code == SIGNATURE:
             entry = b"\1g\0" + signature(value)
-        elif code == REPLY_SERIAL:
+        elif code in (REPLY_SERIAL, DESCRIPTORS):
             entry = b"\1u\0" + struct.pack("<I", value)
         else:
             entry = (b"\1o\0" if code == PATH else b"\1s\0") + text(value)
@@ -106,7 +106,7 @@ def header_fields(data):
 
 class Service:
     """Owns a name and answers calls from `answers`: member to (type, value), or None to stay silent; others get an
-    error. `asked` lists the members that were called."""
+    error. The value of an "h" is an open file descriptor. `asked` lists the members whose calls were dealt with."""
 
     def __init__(self, bus, name, path, answers=None):
         self.name, self.path, self.answers, self.asked = name, path, answers or {}, []
@@ -115,6 +115,8 @@ class Service:
         self.socket.connect(bus.socket)
         self.socket.sendall(b"\0AUTH EXTERNAL " + str(os.getuid()).encode().hex().encode() + b"\r\n")
         assert self.socket.recv(512).startswith(b"OK")
+        self.socket.sendall(b"NEGOTIATE_UNIX_FD\r\n")
+        assert self.socket.recv(512).startswith(b"AGREE_UNIX_FD")
         self.socket.sendall(b"BEGIN\r\n")
         self.owned = threading.Event()
         self.reader = threading.Thread(target=self.read, daemon=True)
@@ -124,9 +126,13 @@ class Service:
         assert self.owned.wait(20), "the bus doesn't give the name"
 
     def send(self, kind, fields, arguments=()):
+        descriptors = [value for type_code, value in arguments if type_code == "h"]
+        if descriptors:  # the message has their places among those that come with it
+            fields = {**fields, DESCRIPTORS: len(descriptors)}
+            arguments = [(type_code, descriptors.index(value) if type_code == "h" else value) for type_code, value in arguments]
         with self.lock:
             self.serial += 1
-            self.socket.sendall(message(kind, self.serial, fields, arguments))
+            socket.send_fds(self.socket, [message(kind, self.serial, fields, arguments)], descriptors)
             return self.serial
 
     def call_bus(self, member, *arguments):
@@ -161,12 +167,12 @@ class Service:
             pass
 
     def answer(self, serial, fields):
-        self.asked.append(fields[MEMBER])
         back = {REPLY_SERIAL: serial, DESTINATION: fields[SENDER]}
         if fields[MEMBER] not in self.answers:
             self.send(ERROR, {**back, ERROR_NAME: BUS + ".Error.NotSupported"}, [("s", "This method is not implemented")])
         elif (value := self.answers[fields[MEMBER]]) is not None:
             self.send(ANSWER, back, [value])
+        self.asked.append(fields[MEMBER])
 
     def close(self):
         """May be called again."""

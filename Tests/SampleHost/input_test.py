@@ -3,6 +3,7 @@ scripts/private-desktop --wm openbox --ime ibus."""
 
 import ctypes
 import os
+import select
 import tempfile
 import time
 import unittest
@@ -226,20 +227,31 @@ class Presence(HostCase):
         self.service("org.gnome.ScreenSaver", {"GetActive": ("b", 1)})
         self.until_screens(0, 1, 0, 1, 0, 1, 0)
 
-    def test_a_machine_that_sleeps(self):
+    def test_a_machine_that_sleeps_waits_until_the_host_has_been_told(self):
+        delays = [os.pipe() for _ in range(2)]
+        ended = [os.fdopen(reading, "rb") for reading, _ in delays]
+        for end in ended:
+            self.addCleanup(end.close)
+        login = self.service("org.freedesktop.login1", {"Inhibit": ("h", delays[0][1])}, bus=self.system)
         self.start_here()
-        login = self.service("org.freedesktop.login1", bus=self.system)
+
+        def until_delayed(times):
+            self.host.until(lambda: login.asked.count("Inhibit") == times, "the host asks for a delay")
+            os.close(delays[times - 1][1])
 
         def prepares(sleeps):
             login.emit("PrepareForSleep", ("b", sleeps), interface="org.freedesktop.login1.Manager")
 
-        def asleep():
-            prepares(1)
-            return self.screens() == [0]
-
-        self.host.until(asleep, "the machine goes to sleep")
+        until_delayed(1)
+        login.answers["Inhibit"] = ("h", delays[1][1])
+        self.assertEqual(select.select(ended[:1], [], [], 0)[0], [], "the delay is held")
+        prepares(1)
+        self.assertEqual(select.select(ended[:1], [], [], 20)[0], ended[:1], "the machine may sleep")
+        self.assertEqual(self.screens(), [0])
         prepares(0)
         self.until_screens(0, 1)
+        until_delayed(2)
+        self.assertEqual(select.select(ended[1:], [], [], 0)[0], [], "the next one is held")
         prepares(1)
         self.until_screens(0, 1, 0)
         login.close()
