@@ -135,8 +135,10 @@ bool SelectionReader::waitForNotice(xcb_atom_t selection, xcb_atom_t target, xcb
     if (isEndOf(*event, owner)) return false;
     if ((event->response_type & ~kSentByClient) != XCB_SELECTION_NOTIFY) continue;
     const auto& notice = *reinterpret_cast<const xcb_selection_notify_event_t*>(event.get());
-    // A late answer to an earlier question is none to this one.
-    if (notice.selection == selection && notice.target == target) return notice.property != XCB_ATOM_NONE;
+    if (notice.selection != selection) continue;
+    // A late answer to an earlier question is none to this one. A drag source of Qt refuses without saying what.
+    if (notice.target == target) return notice.property != XCB_ATOM_NONE;
+    if (notice.target == XCB_ATOM_NONE) return false;
   }
   silentOwner_ = owner;
   silentSince_ = Clock::now();

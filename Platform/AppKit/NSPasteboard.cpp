@@ -25,10 +25,10 @@ constexpr std::array<const char*, 3> kLists = {"text/uri-list", "x-special/gnome
                                                "x-special/mate-copied-files"};
 /// A file manager's list in the guise of text starts with this line.
 constexpr std::string_view kListInText = "x-special/nautilus-clipboard\n";
-/// From the one that keeps most of the picture.
-constexpr std::array<const char*, 9> kPictures = {"image/png",      "image/tiff",     "image/bmp",
-                                                  "image/x-bmp",    "image/x-ms-bmp", "image/x-win-bitmap",
-                                                  "image/x-MS-bmp", "image/jpeg",     "image/jpg"};
+/// From the one that keeps most of the picture. A picture dragged out of Chromium comes as mere bytes.
+constexpr std::array<const char*, 10> kPictures = {
+    "image/png",          "image/tiff",     "image/bmp",  "image/x-bmp", "image/x-ms-bmp",
+    "image/x-win-bitmap", "image/x-MS-bmp", "image/jpeg", "image/jpg",   "application/octet-stream"};
 
 bool holds(const auto& known, const std::string& type) {
   return std::ranges::find(known, type) != known.end();

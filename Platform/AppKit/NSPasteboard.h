@@ -34,7 +34,8 @@ class PLATFORM_EXPORT NSPasteboard {
   std::optional<std::string> string() const;
   /// Only of the general pasteboard.
   void setString(const std::string& utf8);
-  /// Whether one of the types is on it. A picture counts as a URL, since whoever takes it can make a file of it.
+  /// Whether one of the types is on it. A picture, or what may be one, counts as a URL: whoever takes it can make a
+  /// file of it, and browsers tell its address in ways of their own.
   bool offersAny(const std::set<std::string>& types) const;
   /// Locations, in their order: of files that were copied in a file manager, or others. Lists as file managers write
   /// them (RFC 2483, and their own), names that nobody encoded included.

@@ -105,9 +105,32 @@ TEST_F(PasteAndDropTest, WhatIsDroppedReachesTheHostThatAskedForIt) {
   EXPECT_FALSE(bound.host->was("didSelectedFilePath"));
   EXPECT_TRUE(drop({{"text/uri-list", "file:///a%20b\r\nfile:///%EA%B0%80"}}));
   EXPECT_THAT(pathsOf(bound.host->files), ElementsAre("/a b", "/가"));
-  EXPECT_TRUE(drop({{"text/uri-list", "https://b/picture"}, {"image/bmp", pixel(1, 2, 3)}}));
-  EXPECT_THAT(pathsOf(bound.host->files), ElementsAre(imagePath("dropableImages").string()));
-  EXPECT_THAT(pixelsOf(imagePath("dropableImages")), ElementsAre(0xFF030201));
+}
+
+TEST_F(PasteAndDropTest, APictureIsDroppedAsAFileHoweverItIsOffered) {
+  struct Row {
+    const char* name;
+    std::map<std::string, std::string> contents;
+  };
+  const Row rows[] = {
+      {"with its page", {{"text/uri-list", "https://b/picture"}, {"image/bmp", pixel(1, 2, 3)}}},
+      {"alone", {{"image/bmp", pixel(1, 2, 3)}}},
+      {"out of Chromium",
+       {{"text/x-moz-url", "https://b/picture"},
+        {"text/plain", "https://b/picture"},
+        {"XdndDirectSave0", ""},
+        {"application/octet-stream", pixel(1, 2, 3)},
+        {"text/html", "<img src='https://b/picture'>"}}},
+  };
+  bound.helper()->setAsFileDropable();
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    desktop.advance(1);
+    EXPECT_TRUE(drop(row.contents));
+    EXPECT_THAT(pathsOf(bound.host->files), ElementsAre(imagePath("dropableImages").string()));
+    EXPECT_THAT(pixelsOf(imagePath("dropableImages")), ElementsAre(0xFF030201));
+  }
+  EXPECT_FALSE(drop({{"application/octet-stream", "no picture"}}));
 }
 
 TEST_F(PasteAndDropTest, TheDropViewCoversTheContentAndLeavesThePointerAlone) {

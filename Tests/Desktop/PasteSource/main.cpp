@@ -5,8 +5,8 @@
 //   PasteSource keep                           a clipboard manager
 //   PasteSource drag X Y TYPE=FILE...          a window whose contents can be dragged with the left button
 //
-// Tells "ready" on standard output, with `keep` each text that it was asked to keep, and with `drag` how each drag
-// ended. Ends with its standard input.
+// Tells "ready" on standard output, with `keep` each text that it was asked to keep, and with `drag` that what is
+// dragged is wanted where it is, and how each drag ended. Ends with its standard input.
 
 #include <poll.h>
 #include <unistd.h>
@@ -188,6 +188,9 @@ class Draggable final : public QRasterWindow {
       data->setData(QString::fromStdString(type), QByteArray::fromStdString(bytes));
     auto* drag = new QDrag(this);  // the toolkit deletes it when the target has what it asks for
     drag->setMimeData(data);
+    QObject::connect(drag, &QDrag::actionChanged, [](Qt::DropAction action) {
+      if (action == Qt::CopyAction) tell("wanted");
+    });
     const Qt::DropAction action = drag->exec(Qt::CopyAction);
     tell(action == Qt::CopyAction ? "copied" : "refused");
     dragging_ = false;
