@@ -18,7 +18,7 @@ namespace veltrik {
 
 std::shared_ptr<VeltrikAppKit> VeltrikAppKit::make() {
   platform::requireMainThread("VeltrikAppKit::make");
-  const std::shared_ptr<VeltrikAppKit> made(new VeltrikAppKit());
+  std::shared_ptr<VeltrikAppKit> made(new VeltrikAppKit());
   made->prepare();
   return made;
 }

@@ -26,7 +26,7 @@ std::shared_ptr<NSLayoutConstraint> NSLayoutConstraint::make(const std::shared_p
                                                              const std::shared_ptr<NSView>& second,
                                                              LayoutAttribute secondAttribute, double multiplier,
                                                              double constant) {
-  const std::shared_ptr<NSLayoutConstraint> made(new NSLayoutConstraint());
+  std::shared_ptr<NSLayoutConstraint> made(new NSLayoutConstraint());
   made->first_ = first;
   made->second_ = second;
   made->firstAttribute_ = firstAttribute;

@@ -46,10 +46,11 @@ void addAlertsAndPanels(ConsoleCalls& calls) {
                                 const optional<string>& cancel) {
     appKit(c).showAlertWith(title, message, confirm, cancel, telling<>(c, "confirmCompletion"));
   });
-  calls.add("showSheetAlertWith", [](ConsoleContext& c, const string& title, const string& message,
-                                     const string& confirm, optional<string> cancel, const optional<string>& window) {
-    appKit(c).showSheetAlertWith(title, message, confirm, cancel, window, telling<>(c, "confirmCompletion"));
-  });
+  calls.add("showSheetAlertWith",
+            [](ConsoleContext& c, const string& title, const string& message, const string& confirm,
+               const optional<string>& cancel, const optional<string>& window) {
+              appKit(c).showSheetAlertWith(title, message, confirm, cancel, window, telling<>(c, "confirmCompletion"));
+            });
   calls.add("showOpenPanelWithCompletion", [](ConsoleContext& c) {
     appKit(c).showOpenPanelWithCompletion(telling<std::vector<URL>>(c, "openPanelCompletion"));
   });

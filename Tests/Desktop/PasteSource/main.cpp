@@ -83,6 +83,9 @@ class Owner {
     xcb_set_selection_owner(connection_, window_, atom("CLIPBOARD"), XCB_CURRENT_TIME);
     xcb_flush(connection_);
   }
+  ~Owner() { xcb_disconnect(connection_); }
+  Owner(const Owner&) = delete;
+  Owner& operator=(const Owner&) = delete;
 
   int run() {
     tell("ready");
