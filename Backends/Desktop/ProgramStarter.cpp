@@ -43,6 +43,7 @@ class Circumstances {
 
 int ProgramStarter::start(const std::vector<std::string>& command, Ended ended) {
   std::vector<char*> words;
+  words.reserve(command.size() + 1);
   for (const std::string& word : command) words.push_back(const_cast<char*>(word.c_str()));
   words.push_back(nullptr);
   const Circumstances circumstances;

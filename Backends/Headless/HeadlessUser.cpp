@@ -61,6 +61,7 @@ class DraggedContents final : public platform::port::Contents {
   explicit DraggedContents(const std::map<std::string, std::string>& contents) : contents_(contents) {}
   std::vector<std::string> types() const override {
     std::vector<std::string> types;
+    types.reserve(contents_.size());
     for (const auto& each : contents_) types.push_back(each.first);
     return types;
   }

@@ -1,3 +1,6 @@
+#include <memory>
+#include <optional>
+
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Foundation/DispatchQueue.h"
 #include "Platform/Foundation/RunLoop.h"
@@ -56,19 +59,22 @@ void Tour::sheetAlert() {
 }
 
 void Tour::savePanel() {
-  std::optional<std::optional<URL>> answer;
+  // Shared: a panel that nobody answers is cancelled when the application ends.
+  const auto answer = std::make_shared<std::optional<std::optional<URL>>>();
   host_.appKit().showSavePanel("회의록 2026 \"final\".txt", URL::directoryURL("/tmp"),
-                               [&answer](const std::optional<URL>& place) { answer = place; });
-  transcript_.expectTrue("the panel doesn't wait", !answer);
+                               [answer](const std::optional<URL>& place) { *answer = place; });
+  transcript_.expectTrue("the panel doesn't wait", !*answer);
   const auto panel = keyWindow();
   transcript_.expect("it floats at level 8", 8, panel->level());
   picture("save-panel", panel);
+  transcript_.expectTrue("it has the keyboard", wait([&] { return panel->isKeyWindow(); }));
   if (machine_.headless)
     machine_.headless->filePanels()->choose({"/tmp/회의록.txt"});
   else
     user_->key(KeyCode::kEscape, 0);
-  transcript_.expectTrue("it answered", wait([&] { return answer.has_value(); }));
-  if (machine_.headless) transcript_.expect("with the place", "/tmp/회의록.txt", (*answer)->path());
+  transcript_.expectTrue("it answered", wait([&] { return answer->has_value(); }));
+  if (machine_.headless && *answer && **answer)
+    transcript_.expect("with the place", "/tmp/회의록.txt", (**answer)->path());
 }
 
 void Tour::openPanel() {
