@@ -1,17 +1,11 @@
 #include "Platform/AppKit/NSAlert.h"
 
-#include <algorithm>
-
 #include "Platform/AppKit/NSButton.h"
 #include "Platform/AppKit/NSTextField.h"
-#include "Platform/Foundation/DispatchQueue.h"
 #include "Tests/AppKit/AppKitTest.h"
 
 namespace platform {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr std::uint16_t kReturn = 36, kTab = 48, kSpace = 49, kEscape = 53, kEnter = 76, kLeft = 123, kRight = 124;
 
@@ -24,8 +18,6 @@ class AlertTest : public AppKitTest {
     alert->setInformativeText(informative);
     for (const auto& button : buttons) alert->addButton(button);
   }
-  /// Runs when the main loop goes on: inside a modal session.
-  static void later(std::function<void()> step) { DispatchQueue::main().async(std::move(step)); }
   Point middleOf(std::size_t button) {
     const NSButton& view = *alert->buttons()[button];
     return alert->window()->convertPointToScreen(view.convertTo(view.bounds().center(), nullptr));

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -13,10 +14,14 @@
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSThemeFrame.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/Foundation/DispatchQueue.h"
 #include "Platform/Foundation/RunLoop.h"
 #include "Platform/Foundation/Session.h"
 
 namespace platform {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 /// A fresh desktop and session for each case.
 class AppKitTest : public testing::Test {
@@ -41,6 +46,8 @@ class AppKitTest : public testing::Test {
     desktop.settle();
     return window;
   }
+  /// Runs when the main loop goes on: inside a modal session.
+  static void later(std::function<void()> step) { DispatchQueue::main().async(std::move(step)); }
   headless::HeadlessSurface& surfaceOf(const NSWindow& window) {
     return *desktop.windows().surfaceWithHandle(const_cast<NSWindow&>(window).nativeHandle());
   }

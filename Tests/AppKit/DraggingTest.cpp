@@ -6,9 +6,6 @@
 namespace platform {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 const std::map<std::string, std::string> kFiles = {{"text/uri-list", "file:///a"}};
 
 /// Takes what is dragged, and tells.

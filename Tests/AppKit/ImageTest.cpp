@@ -1,10 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <string>
-#include <vector>
 
 #include "Platform/AppKit/NSImage.h"
 #include "Platform/AppKit/PNG.h"

@@ -1,6 +1,6 @@
 #include "Platform/AppKit/NSLayoutConstraint.h"
-#include "Platform/Foundation/Log.h"
 #include "Tests/AppKit/AppKitTest.h"
+#include "Tests/LogCapture.h"
 
 namespace platform {
 namespace {
@@ -18,12 +18,8 @@ class LayoutTest : public AppKitTest {
   std::shared_ptr<NSView> container = std::make_shared<NSView>(Rect{0, 0, 400, 300});
   std::shared_ptr<NSView> a, b;
   std::vector<std::shared_ptr<NSLayoutConstraint>> constraints;
-  std::vector<std::string> logged;
-
-  void SetUp() override {
-    setLogSink([this](const std::string& line) { logged.push_back(line); });
-  }
-  void TearDown() override { setLogSink(nullptr); }
+  LogCapture capture;
+  std::vector<std::string>& logged = capture.lines;
 
   void startAnew() {
     container = std::make_shared<NSView>(Rect{0, 0, 400, 300});

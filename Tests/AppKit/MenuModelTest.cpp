@@ -6,9 +6,6 @@
 namespace platform {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 class ChangeLog final : public NSMenuObserver {
  public:
   void menuItemsChanged(NSMenu& menu) override { lines.push_back("items of " + menu.title()); }

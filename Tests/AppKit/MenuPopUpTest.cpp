@@ -3,7 +3,6 @@
 #include "Platform/AppKit/MenuTracking.h"
 #include "Platform/AppKit/NSMenu.h"
 #include "Platform/AppKit/NSTextView.h"
-#include "Platform/Foundation/DispatchQueue.h"
 #include "Platform/Foundation/Timer.h"
 #include "Tests/AppKit/AppKitTest.h"
 
@@ -11,8 +10,6 @@ namespace platform {
 namespace {
 
 using headless::Button;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST_F(AppKitTest, AMenuStaysInTheWorkAreaOfThePointersScreen) {
   // The second screen stands right of the first and lower, with a panel at its bottom.

@@ -1,12 +1,8 @@
 #include "Platform/AppKit/NSPanel.h"
-#include "Platform/Foundation/DispatchQueue.h"
 #include "Tests/AppKit/AppKitTest.h"
 
 namespace platform {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// A window with a view, and a panel to be modal. What happens during the session is queued before it.
 class ModalSessionTest : public AppKitTest {
@@ -21,7 +17,6 @@ class ModalSessionTest : public AppKitTest {
     window->makeFirstResponder(view);
     panel->setContentView(std::make_shared<NSView>());
   }
-  static void later(std::function<void()> step) { DispatchQueue::main().async(std::move(step)); }
 };
 
 TEST_F(ModalSessionTest, endsWithWhatEndsIt) {

@@ -7,9 +7,6 @@
 namespace platform {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 std::vector<std::string> pathsOf(const std::vector<URL>& urls) {
   std::vector<std::string> paths;
   for (const URL& url : urls) paths.push_back(url.isFileURL() ? url.path() : url.absoluteString());

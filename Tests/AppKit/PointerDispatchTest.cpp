@@ -3,9 +3,6 @@
 namespace platform {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 /// A window at (100, 100) whose content has one view on its left half and one on its right half.
 class PointerDispatchTest : public AppKitTest {
  public:

@@ -3,9 +3,6 @@
 namespace platform {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 /// A window at (100, 100), 400 x 300 of content under its title bar of 29, and a sheet of 200 x 150.
 class SheetTest : public AppKitTest {
  public:

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "Platform/AppKit/NSPasteboard.h"
 #include "Tests/AppKit/TextFixture.h"
 

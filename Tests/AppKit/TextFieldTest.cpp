@@ -1,18 +1,11 @@
 #include "Platform/AppKit/NSTextField.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-
 #include "Backends/Headless/RecordingCanvas.h"
 #include "Platform/AppKit/NSTextView.h"
 #include "Tests/AppKit/AppKitTest.h"
 
 namespace platform {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class FieldOwner final : public NSTextFieldDelegate {
  public:
@@ -22,7 +15,7 @@ class FieldOwner final : public NSTextFieldDelegate {
 };
 
 /// A field of 60 by 18 points in a key window. A Latin letter is half as wide as the font's size, a syllable as wide.
-class TextFieldTest : public testing::Test {
+class TextFieldTest : public AppKitTest {
  protected:
   TextFieldTest() {
     field->setFont({.size = 10});
@@ -41,8 +34,6 @@ class TextFieldTest : public testing::Test {
   /// Where the caret stands in the field.
   Rect caret() { return editor().convertTo(editor().caretRect(), field.get()); }
 
-  headless::HeadlessBackend desktop;
-  Session session{desktop};
   std::shared_ptr<NSWindow> window = NSWindow::make({100, 100, 200, 100}, StyleMask::kTitled);
   std::shared_ptr<NSTextField> field = std::make_shared<NSTextField>(Rect{20, 40, 60, 18});
   std::shared_ptr<FieldOwner> owner = std::make_shared<FieldOwner>();

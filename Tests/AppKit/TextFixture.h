@@ -1,13 +1,7 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-
-#include "Backends/Headless/HeadlessBackend.h"
 #include "Platform/AppKit/NSTextView.h"
-#include "Platform/Foundation/Session.h"
+#include "Tests/AppKit/AppKitTest.h"
 
 namespace platform {
 
@@ -23,7 +17,7 @@ inline EventPointer keyEvent(std::uint16_t keyCode, std::string characters = {},
 
 /// A text view 200 points wide (190 for its lines) without a window. The font is 10 points: a Latin letter is 5 points
 /// wide, a Hangul syllable 10, a line 12.5 high.
-class TextFixture : public testing::Test {
+class TextFixture : public AppKitTest {
  protected:
   TextFixture() : view(std::make_shared<NSTextView>(Rect{0, 0, 200, 100})) { configure(*view); }
 
@@ -45,8 +39,6 @@ class TextFixture : public testing::Test {
   const std::u16string& text() const { return view->textStorage().string(); }
   std::uint64_t caret() const { return view->selectedRange().end(); }
 
-  headless::HeadlessBackend desktop;
-  Session session{desktop};
   std::shared_ptr<NSTextView> view;
 };
 

@@ -1,6 +1,3 @@
-#include <algorithm>
-
-#include "Platform/Foundation/RunLoop.h"
 #include "Tests/AppKit/TextWindowFixture.h"
 
 namespace platform {

@@ -1,7 +1,5 @@
 #include "Platform/AppKit/TextRanges.h"
 
-#include <gtest/gtest.h>
-
 #include "Tests/AppKit/TextFixture.h"
 
 namespace platform {

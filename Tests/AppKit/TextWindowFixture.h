@@ -1,8 +1,6 @@
 #pragma once
 
-#include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSScrollView.h"
-#include "Platform/AppKit/NSWindow.h"
 #include "Tests/AppKit/TextFixture.h"
 
 namespace platform {

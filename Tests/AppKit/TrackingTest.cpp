@@ -5,9 +5,6 @@
 namespace platform {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 constexpr std::uint64_t kDragMask = eventMask(EventType::leftMouseDragged) | eventMask(EventType::leftMouseUp);
 
 /// A view that tracks the mouse itself: a drag of 5 points moves the window, less is a click.

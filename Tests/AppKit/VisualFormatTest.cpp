@@ -1,16 +1,11 @@
 #include "Platform/AppKit/VisualFormat.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "Backends/Headless/HeadlessBackend.h"
-#include "Platform/AppKit/NSView.h"
-#include "Platform/Foundation/Session.h"
+#include "Tests/AppKit/AppKitTest.h"
 
 namespace platform {
 namespace {
 
-class VisualFormatTest : public testing::Test {
+class VisualFormatTest : public AppKitTest {
  protected:
   VisualFormatTest() {
     for (const auto& view : {icon, field}) {
@@ -28,8 +23,6 @@ class VisualFormatTest : public testing::Test {
     return {frame.x, container->bounds().height - frame.maxY(), frame.width, frame.height};
   }
 
-  headless::HeadlessBackend desktop;
-  Session session{desktop};
   std::shared_ptr<NSView> container = std::make_shared<NSView>(Rect{0, 0, 200, 60});
   std::shared_ptr<NSView> icon = std::make_shared<NSView>(Rect{1, 2, 3, 4});
   std::shared_ptr<NSView> field = std::make_shared<NSView>(Rect{5, 6, 7, 8});

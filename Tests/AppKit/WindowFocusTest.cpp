@@ -5,9 +5,6 @@
 namespace platform {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 class WindowFocusTest : public AppKitTest {
  protected:
   std::shared_ptr<NSWindow> named(const std::string& name, unsigned style = kDocument) {

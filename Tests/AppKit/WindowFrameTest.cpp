@@ -6,8 +6,6 @@
 namespace platform {
 namespace {
 
-using testing::ElementsAre;
-
 class WindowFrameTest : public AppKitTest {
  public:
   std::vector<std::string> log;

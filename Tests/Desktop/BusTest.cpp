@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "Tests/Desktop/Machine.h"
 
 namespace desktop_tests {

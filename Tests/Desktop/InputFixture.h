@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <memory>
-#include <string>
-
 #include "Tests/Desktop/Machine.h"
 #include "Tests/Desktop/RecordingSink.h"
 

@@ -1,5 +1,4 @@
 #include <fmt/format.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -7,9 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "Tests/Desktop/InputFixture.h"
 

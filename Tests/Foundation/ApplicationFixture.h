@@ -1,8 +1,5 @@
 #pragma once
 
-#include <filesystem>
-#include <string>
-
 #include "Tests/ScratchFolder.h"
 
 /// An application bundle whose executable is a shell script.

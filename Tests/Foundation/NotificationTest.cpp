@@ -1,19 +1,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "Backends/Headless/HeadlessBackend.h"
 #include "Platform/Foundation/DistributedNotificationCenter.h"
-#include "Platform/Foundation/Log.h"
 #include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/Foundation/PassthroughSubject.h"
 #include "Platform/Foundation/Session.h"
+#include "Tests/LogCapture.h"
 
 namespace platform {
 namespace {
@@ -61,19 +58,18 @@ TEST(NotificationCenter, NameAndSenderChoose) {
 class DistributedTest : public testing::Test {
  protected:
   DistributedTest() {
-    setLogSink([this](const std::string& line) { logged_.push_back(line); });
     center_.addObserver(this, "n", "", Center::kSuspensionDeliverImmediately,
                         [this](const std::string&, const Dictionary& userInfo) { heard_.push_back(userInfo); });
   }
-  ~DistributedTest() override { setLogSink(nullptr); }
   void post(Dictionary userInfo) { center_.post("n", "", userInfo, Center::kDeliverImmediately); }
   void receive(Dictionary userInfo) { desktop_.broadcast()->receiveFromOtherProcess({"n", "", std::move(userInfo)}); }
 
+  LogCapture capture_;
+  std::vector<std::string>& logged_ = capture_.lines;
   headless::HeadlessBackend desktop_;
   Session session_{desktop_};
   Center& center_ = Center::defaultCenter();
   std::vector<Dictionary> heard_;
-  std::vector<std::string> logged_;
 };
 
 TEST_F(DistributedTest, WhatIsPostedAndReceivedKeepsItsOrder) {

@@ -1,18 +1,15 @@
 #include <errno.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <memory>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "Backends/Headless/HeadlessBackend.h"
 #include "Platform/Foundation/Bundle.h"
-#include "Platform/Foundation/Log.h"
 #include "Platform/Foundation/Session.h"
 #include "Platform/Foundation/UndoManager.h"
 #include "Platform/Foundation/UserDefaults.h"
+#include "Tests/LogCapture.h"
 #include "Tests/ScratchFolder.h"
 
 namespace platform {
@@ -22,10 +19,6 @@ namespace fs = std::filesystem;
 
 class StorageTest : public testing::Test {
  protected:
-  StorageTest() {
-    setLogSink([this](const std::string& line) { logged_.push_back(line); });
-  }
-  ~StorageTest() override { setLogSink(nullptr); }
   fs::path folder() const { return desktop_.folders().config / program_invocation_short_name; }
   fs::path file() const { return folder() / "defaults.json"; }
   /// As the next start of the program.
@@ -34,7 +27,8 @@ class StorageTest : public testing::Test {
     session_.emplace(desktop_);
   }
 
-  std::vector<std::string> logged_;
+  LogCapture capture_;
+  std::vector<std::string>& logged_ = capture_.lines;
   headless::HeadlessBackend desktop_;
   std::optional<Session> session_{desktop_};
 };

@@ -86,192 +86,85 @@ class Manners(HeadlessCase):
                 self.assertEqual(members(header) - set(self.host.call("host", "calls", target)), set())
 
 
-class Windows(HeadlessCase):
-    def test_binding_takes_the_title_and_configures_once(self):
-        self.bound_window(frameAutosaveName="chat")
+class Calls(HeadlessCase):
+    """Every kind of request and of line that tells what came of it. What the plug-in makes of them is checked without the console."""
+
+    def test_a_window_is_bound_read_moved_and_closed(self):
+        number = self.bound_window(frameAutosaveName="chat", initialWindowSize={"width": 320, "height": 240},
+                                   windowShouldClose=False)
         events = self.host.events("window:main")
-        self.assertEqual(events[0], "uiKitBinding")
-        self.assertEqual(events.count("windowDidResizeByAutoSavedFrame"), 1)
-        self.host.desktop("orderFront", "main")
-        self.assertNotIn("windowDidResizeByAutoSavedFrame", self.host.events())
+        self.assertEqual((events[0], events.count("windowDidResizeByAutoSavedFrame")), ("uiKitBinding", 1))
         attached = self.read("attached")
         self.assertEqual((self.read("title"), attached["hostWindowID"], attached["isHelperBound"]), ("", "main", True))
-        self.assertEqual((self.read("tabbingMode"), self.read("collectionBehavior"), self.read("restorable")),
-                         (2, 0x100, False))
-
-    def test_a_title_that_no_one_waits_for_stays(self):
         self.host.desktop("makeWindow", "other", FRAME, "Other")
         self.assertEqual(self.read("title", "other"), "Other")
-        self.assertFalse(self.read("attached", "other")["isHelperBound"])
 
-    def test_initial_sizes(self):
-        for identifier, size, expected in (("kept", (0, 0), (400, 500)), ("flat", (0, 300), (0, 300)),
-                                           ("given", (320, 240), (320, 240))):
-            with self.subTest(identifier):
-                self.bound_window(identifier, initialWindowSize={"width": size[0], "height": size[1]})
-                frame = self.host.call(f"window:{identifier}", "nsWindowFrame")
-                self.assertEqual((frame["width"], frame["height"]), expected)
-
-    def test_content_and_frame_rectangles(self):
-        colour = {"red": 0.2, "green": 0.3, "blue": 0.8, "alpha": 1}
-        for identifier, colour, band in (("plain", None, 0), ("coloured", colour, 29)):
-            with self.subTest(identifier):
-                self.bound_window(identifier, customTitleBackgroundColor=colour)
-                frame = self.read("frame", identifier)
-                self.assertEqual(self.read("contentRect", identifier), {**frame, "height": frame["height"] - band})
-                self.assertEqual(self.read("frameForContent", identifier), {**frame, "height": frame["height"] + band})
-
-    def test_level_opacity_and_visibility(self):
-        self.bound_window()
-        self.host.call("window:main", "setAlwaysOnTop", True)
-        self.assertEqual(self.read("level"), 3)
-        self.host.desktop("setLevel", "main", 8)
-        self.assertFalse(self.host.call("window:main", "alwaysOnTop"))
-        self.host.call("window:main", "setAlpha", 0.25)
-        self.assertEqual(self.read("alpha"), 0.25)
-        self.host.call("window:main", "setIsWindowHidden", True)
-        self.assertEqual((self.read("visible"), self.read("order")), (False, None))
-
-    def test_a_helper_outlives_its_window_with_defaults(self):
-        number = self.bound_window()
-        self.host.desktop("close", "main")
-        rows = {"alpha": 0, "alwaysOnTop": False, "isWindowHidden": True, "isWindowRestorable": False,
-                "nsWindowFrame": rect(0, 0, 0, 0), "nsWindowNumber": number, "titleBarHeight": 29,
-                "hasChildWindow": False, "isPopoverWindow": False, "isSheetWindow": False, "isMainNSWindow": False,
-                "isKeyNSWindow": False, "isForcedClose": False, "textInputView": None}
-        for call, expected in rows.items():
-            with self.subTest(call):
-                self.assertEqual(self.host.call("window:main", call), expected)
-        for call in ("minimize", "maximize", "closeWindow", "becomeFirstWindow", "resetAllMovableBounds"):
-            with self.subTest(call):
-                self.assertIsNone(self.host.call("window:main", call))
-
-    def test_a_drag_region_moves_the_window_from_five_points_on(self):
-        self.bound_window()
+        start = self.host.call("window:main", "nsWindowFrame")
+        self.assertEqual((start["width"], start["height"]), (320, 240))
         self.host.call("window:main", "addMovableBounds", rect(100, 0, 200, 50))
-        for distance, moves in ((4, False), (5, True), (80, True)):
-            with self.subTest(distance=distance):
-                before = self.read("frame")
-                start = point(before["x"] + 150, before["y"] + before["height"] - 40)
-                # Late enough not to be the second press of a double click.
-                self.host.desktop("advance", 2)
-                self.host.desktop("journal")
-                self.host.desktop("drag", start, point(start["x"] + distance, start["y"]), 1)
-                asked = any("begin move" in line for line in self.host.desktop("journal"))
-                self.assertEqual(asked, moves)
-        start = self.read("frame")
         edge = point(start["x"] + 150, start["y"] + start["height"] - 40)
         self.host.desktop("advance", 2)
         self.host.desktop("drag", edge, point(edge["x"] + 80, edge["y"]), 8)
+        self.assertTrue(any("begin move" in line for line in self.host.desktop("journal")))
         self.assertEqual(self.read("frame"), {**start, "x": start["x"] + 70})
 
-    def test_a_delegate_decides_about_closing(self):
-        self.bound_window(windowShouldClose=False)
-        self.host.desktop("performClose", "main")
-        self.assertIn("windowShouldClose", self.host.events())
-        self.host.call("host", "answer", "window:main", "windowShouldClose", True)
-        self.host.desktop("performClose", "main")
-        self.assertIn("windowWillClose", self.host.events())
+        for closes in (False, True):
+            self.host.call("host", "answer", "window:main", "windowShouldClose", closes)
+            self.host.desktop("performClose", "main")
+            self.assertEqual("windowWillClose" in self.host.events(), closes)
         with self.assertRaisesRegex(Refused, "no window"):
             self.read("frame")
+        self.assertEqual(self.host.call("window:main", "nsWindowNumber"), number)
+        self.assertIsNone(self.host.call("window:main", "closeWindow"))
 
-
-class Text(HeadlessCase):
-    RETURN, BACKSPACE, LEFT, CONTROL, OPTION, CAPS = 36, 51, 123, 0x40000, 0x80000, 0x10000
-
-    def setUp(self):
-        super().setUp()
+    def test_text_is_typed_composed_and_asked_for(self):
         self.bound_window()
         self.host.call("window:main", "addConversationTextInputViewOn", rect(10, 400, 380, 80), "host")
         self.host.call("window:main", "makeTextViewFirstResponder", True)
-        self.host.take()
-
-    def text(self):
-        return self.host.call("text:main", "attributedText")
-
-    def test_return_sends_and_control_return_breaks_the_line(self):
-        rows = (("plain", 0, True, "a"), ("Caps Lock", self.CAPS, True, "a"), ("Control", self.CONTROL, False, "a\n"))
-        for name, modifiers, sends, left in rows:
-            with self.subTest(name):
-                self.host.call("text:main", "reset")
-                self.host.desktop("text", "a")
-                self.host.take()
-                self.host.desktop("key", self.RETURN, "\r", modifiers)
-                self.assertEqual("requestToSendMessage" in self.host.events("text:main"), sends)
-                self.assertEqual(self.text(), left)
-
-    def test_the_delegate_is_asked_and_told(self):
         self.host.desktop("text", "ab")
         self.assertEqual(self.host.events("text:main").count("shouldChangeTextInTextView"), 2)
-        self.host.desktop("key", self.BACKSPACE, "\b")
-        told = self.host.take()
-        asked = [line["args"] for line in told if line.get("event") == "shouldHandleBackspaceIn"]
-        self.assertEqual(asked, [[{"location": 1, "length": 1}, ""]])
-        self.host.desktop("key", self.LEFT, "")
-        moved = [line["args"] for line in self.host.take() if line.get("event") == "didChangeSelectionIn"]
-        self.assertEqual(moved, [[True]])
-
-    def test_a_refused_edit_changes_nothing(self):
-        self.host.call("host", "answer", "text:main", "shouldChangeTextInTextView", False)
-        self.host.desktop("text", "a")
-        self.assertEqual(self.text(), "")
-
-    def test_a_syllable_in_composition_stands_in_the_text_and_commits_once(self):
-        self.host.desktop("markedText", "하")
-        self.assertEqual(self.text(), "하")
+        for code, characters, event, arguments in ((51, "\b", "shouldHandleBackspaceIn", [{"location": 1, "length": 1}, ""]),
+                                                   (123, "", "didChangeSelectionIn", [True]),
+                                                   (36, "\r", "requestToSendMessage", [])):
+            self.host.desktop("key", code, characters)
+            self.assertIn(arguments, [line["args"] for line in self.host.take() if line.get("event") == event], event)
         self.host.desktop("markedText", "한")
         self.host.desktop("commitText", "한")
         self.host.desktop("markedText", "글")
-        self.assertEqual(self.text(), "한글")
-        self.host.call("text:main", "unmark")
-        self.assertEqual(self.text(), "한글")
+        self.assertEqual(self.host.call("text:main", "attributedText"), "한글a")
+        self.host.call("host", "answer", "text:main", "shouldChangeTextInTextView", False)
+        self.host.desktop("text", "b")
+        self.assertEqual(self.host.call("text:main", "attributedText"), "한글a")
 
-    def test_reset_forgets_the_steps_back(self):
-        self.host.desktop("text", "ab")
-        self.host.desktop("key", 6, "z", self.CONTROL)
-        self.assertEqual(self.text(), "a")
-        self.host.call("text:main", "reset")
-        self.host.desktop("key", 6, "z", self.CONTROL)
-        self.assertEqual(self.text(), "")
-
-
-class Application(HeadlessCase):
-    def test_only_the_methods_that_the_class_has_are_taken_over(self):
-        reopen = "applicationShouldHandleReopen:hasVisibleWindows:"
-        self.host.call("host", "answer", "application", reopen, None)
+    def test_a_question_that_the_application_does_not_answer_is_not_taken_over(self):
+        self.host.call("host", "answer", "application", "applicationShouldHandleReopen:hasVisibleWindows:", None)
         self.host.call("host", "launch")
-        self.host.call("host", "answer", "app", "applicationShouldHandleReopen", False)
         self.host.desktop("settle")
         self.assertTrue(self.host.desktop("reopen"))
         self.assertEqual(self.host.events("app"), [])
+
+    def test_the_application_is_reopened_asked_and_terminated(self):
+        self.host.call("host", "launch")
+        self.host.call("host", "answer", "app", "applicationShouldHandleReopen", False)
+        self.host.desktop("settle")
+        self.assertFalse(self.host.desktop("reopen"))
         self.assertEqual(self.host.desktop("dockMenu")["items"],
                          [{"title": "Mirelo 열기", "action": "openMainWindow:", "keyEquivalent": "", "tag": 1}])
-
-    def test_the_dock_item_asks_for_the_main_window(self):
-        self.host.call("host", "launch")
-        self.host.desktop("settle")
         self.assertTrue(self.host.desktop("chooseDockItem", 0))
-        self.assertEqual(self.host.events("app"), ["openMainWindow"])
-
-    def test_terminating_marks_all_windows_and_tells_in_order(self):
-        self.host.call("host", "launch")
-        self.bound_window("one")
-        self.bound_window("two")
-        self.host.take()
-        self.host.call("app", "terminate")
-        told = []
-        with self.assertRaises(EOFError):
-            while True:
-                told.append(self.host.next_line(20))
-        names = [line.get("event") or line.get("posted") for line in self.host.told + told]
-        wanted = ["windowWillClose", "windowWillClose", "applicationUserTerminate", "mirelo_mireloAppWillTerminate"]
-        self.assertEqual([name for name in names if name in wanted], wanted)
-
-    def test_feedback_of_the_companion_reaches_the_host_as_json(self):
-        self.host.call("host", "launch")
+        self.assertEqual(self.host.events("app"), ["applicationShouldHandleReopen", "openMainWindow"])
         self.host.desktop("receive", "mirelo_webViewFeedback", {"event": "loaded", "count": 2})
         told = [line["args"] for line in self.host.take() if line.get("event") == "handleWebViewFeedBackWithUserInfo"]
         self.assertEqual([json.loads(args[0]) for args in told], [{"event": "loaded", "count": 2}])
+
+        self.bound_window()
+        self.host.call("app", "terminate")
+        told = self.host.told
+        with self.assertRaises(EOFError):
+            while True:
+                told.append(self.host.next_line(20))
+        names = [line.get("event") or line.get("posted") for line in told]
+        wanted = ["windowWillClose", "applicationUserTerminate", "mirelo_mireloAppWillTerminate"]
+        self.assertEqual([name for name in names if name in wanted], wanted)
 
 
 if __name__ == "__main__":

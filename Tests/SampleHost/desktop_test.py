@@ -4,37 +4,15 @@ bus and the Hangul input method: run it under scripts/private-desktop --wm openb
 import os
 import unittest
 
-from bus_service import Bus as SessionBus
-from console_client import Console, Refused, keys, rect, run
+from console_client import Refused, keys, rect, run
+from host_case import HostCase, screen_size
 
 FRAME = rect(200, 100, 460, 560)
 
 
-class DesktopCase(unittest.TestCase):
+class DesktopCase(HostCase):
     def setUp(self):
-        self.host = Console("desktop")
-        self.addCleanup(self.host.__exit__)
-        self.host.call("host", "launch")
-
-    def open_chat(self):
-        self.host.call("host", "openChat", "main", FRAME)
-        self.until_it_has_the_keyboard()
-
-    def until_it_has_the_keyboard(self):
-        self.host.until(lambda: self.read("key"), "the window becomes key")
-        self.window = self.read("nativeHandle")
-        self.host.until(lambda: f"{self.window:#x}" in run("xprop", "-root", "_NET_ACTIVE_WINDOW"), "it is active")
-        # The window manager says so before it hands over the keyboard.
-        self.host.until(lambda: int(run("xdotool", "getwindowfocus")) == self.window, "it has the keyboard")
-
-    def read(self, field, window="main"):
-        return self.host.desktop("read", window, field)
-
-    def text(self):
-        return self.host.call("text:main", "attributedText")
-
-    def until_text(self, expected):
-        self.host.until(lambda: self.text() == expected, lambda: f"the composer holds {expected!r}, not {self.text()!r}")
+        self.start()
 
     def messages(self):
         return self.host.call("host", "messages", "main")
@@ -42,16 +20,9 @@ class DesktopCase(unittest.TestCase):
     def geometry(self):
         """The window as the X server has it, in screen points from the bottom left."""
         shell = dict(line.split("=") for line in run("xdotool", "getwindowgeometry", "--shell", self.window).split())
-        screen = int(run("xdotool", "getdisplaygeometry").split()[1])
         height = self.read("frame")["height"]
-        return {"x": int(shell["X"]), "y": screen - int(shell["Y"]) - int(height),
+        return {"x": int(shell["X"]), "y": screen_size()[1] - int(shell["Y"]) - int(height),
                 "width": int(shell["WIDTH"]), "height": int(shell["HEIGHT"])}
-
-    def on_screen(self, x, y):
-        """A place of the window, in points from its top left, as xdotool takes it."""
-        frame = self.read("frame")
-        screen = int(run("xdotool", "getdisplaygeometry").split()[1])
-        return int(frame["x"]) + x, screen - int(frame["y"] + frame["height"]) + y
 
     def property(self, name):
         return run("xprop", "-id", self.window, name)
@@ -60,7 +31,7 @@ class DesktopCase(unittest.TestCase):
 class Composer(DesktopCase):
     def setUp(self):
         super().setUp()
-        self.open_chat()
+        self.open_chat(FRAME)
         self.before = self.messages()
 
     def marked(self):
@@ -114,7 +85,7 @@ class Composer(DesktopCase):
 class Window(DesktopCase):
     def setUp(self):
         super().setUp()
-        self.open_chat()
+        self.open_chat(FRAME)
 
     def press(self):
         """Presses in the drag region; the pointer's place."""
@@ -246,49 +217,6 @@ class Focus(DesktopCase):
         self.host.call("window:main", "generateRightArrowKey")
         keys("3")
         self.until_text("132")
-
-
-class Bus(DesktopCase):
-    def setUp(self):
-        super().setUp()
-        self.other = Console("desktop")
-        self.addCleanup(self.other.__exit__)
-
-    def test_two_processes_exchange_notifications(self):
-        self.host.desktop("observe", "mirelo_question")
-        self.other.desktop("observe", "mirelo_answer")
-        payload = {"text": "안녕 \"x\"", "number": 7, "real": 0.5, "yes": True, "list": [1, [2], {}], "of": {"a": "b"}}
-        for sender, receiver, name in ((self.other, self.host, "mirelo_question"),
-                                       (self.host, self.other, "mirelo_answer")):
-            with self.subTest(name):
-                sender.desktop("post", name, payload)
-                got = receiver.until(lambda r=receiver: [t["args"] for t in r.take() if t.get("event") == "notification"],
-                                     "it arrives")
-                self.assertEqual(got, [[name, payload]])
-
-    def test_the_companions_feedback_crosses_processes(self):
-        self.other.desktop("post", "mirelo_webViewFeedback", {"event": "loaded"})
-        self.host.until(lambda: "handleWebViewFeedBackWithUserInfo" in self.host.events("app"), "it reaches the host")
-
-
-class BusDies(unittest.TestCase):
-    def test_a_dying_bus_ends_no_process(self):
-        bus = SessionBus(os.environ["XDG_RUNTIME_DIR"], "dying-bus")
-        environment = {"DBUS_SESSION_BUS_ADDRESS": bus.address}
-        with Console("desktop", environment) as one, Console("desktop", environment) as two:
-            two.desktop("observe", "mirelo_still")
-            for number in range(100):
-                bus.kill()
-                self.assertIsInstance(one.desktop("now"), float)
-                self.assertIsInstance(two.desktop("now"), float)
-                bus.start()
-
-            def arrives():
-                one.desktop("post", "mirelo_still", {"here": True})
-                return any(line.get("event") == "notification" for line in two.take())
-
-            two.until(arrives, "the observer is back on the new bus")
-        bus.kill()
 
 
 if __name__ == "__main__":

@@ -9,7 +9,8 @@ import time
 import unittest
 
 from bus_service import Bus, Service
-from console_client import Console, keys, rect, run
+from console_client import keys, rect, run
+from host_case import HostCase, screen_size
 from x_power import OFF, ON, PowerServer
 
 FRAME = rect(200, 160, 300, 300)
@@ -41,11 +42,9 @@ class IdleReader:
         self.x.XCloseDisplay(self.display)
 
 
-class HostCase(unittest.TestCase):
+class InputCase(HostCase):
     def start(self, environment=None):
-        self.host = Console("desktop", environment)
-        self.addCleanup(self.host.__exit__)
-        self.host.call("host", "launch")
+        super().start(environment)
         self.heard = []
 
     def told(self, event, source="app"):
@@ -58,18 +57,13 @@ class HostCase(unittest.TestCase):
                         lambda: f"{event} is told with {arguments}, not {self.told(event, source)}")
 
 
-class Search(HostCase):
+class Search(InputCase):
+    NAME = "people"
+
     def setUp(self):
         self.start()
         self.host.call("host", "openSearch", "people", FRAME)
-        self.host.until(lambda: self.read("main") and self.read("key"), "its window becomes main")
-        self.window = self.read("nativeHandle")
-        self.host.until(lambda: f"{self.window:#x}" in run("xprop", "-root", "_NET_ACTIVE_WINDOW"), "it is active")
-        # The window manager says so before it hands over the keyboard.
-        self.host.until(lambda: int(run("xdotool", "getwindowfocus")) == self.window, "it has the keyboard")
-
-    def read(self, field):
-        return self.host.desktop("read", "people", field)
+        self.until_it_has_the_keyboard()
 
     def part(self, name, view=None):
         """A view of a class, with its frame's place in the content view."""
@@ -84,8 +78,7 @@ class Search(HostCase):
     def click(self, name):
         view, x, y = self.part(name)
         frame, size = self.read("frame"), view["frame"]
-        screen = int(run("xdotool", "getdisplaygeometry").split()[1])
-        place = (frame["x"] + x + size["width"] / 2, screen - (frame["y"] + y + size["height"] / 2))
+        place = (frame["x"] + x + size["width"] / 2, screen_size()[1] - (frame["y"] + y + size["height"] / 2))
         run("xdotool", "mousemove", *(round(value) for value in place), "click", 1)
 
     def text(self):
@@ -145,7 +138,7 @@ class Search(HostCase):
                 self.assertEqual((up[0], up[2]), (code, 1))
 
 
-class Presence(HostCase):
+class Presence(InputCase):
     def setUp(self):
         self.folder = tempfile.TemporaryDirectory(prefix="presence-")
         self.addCleanup(self.folder.cleanup)

@@ -13,17 +13,13 @@ import unittest
 
 from bus_service import Service
 from console_client import Console, rect, run
+from host_case import SCALE, HostCase, screen_size
 
 SOURCE = os.environ.get("PASTE_SOURCE",
                         str(pathlib.Path(__file__).resolve().parents[2] / "build/default/bin/PasteSource"))
-SCALE = int(os.environ["QT_SCALE_FACTOR"])
 FRAME = rect(300, 100, 460, 560)
 NAME = "a b#%가'\"?.txt"
 ITEMS = [{"title": "답장"}, {"title": "Forward"}, {"separator": True}, {"title": "Mute", "state": "on"}]
-
-
-def screen_size():
-    return tuple(int(part) for part in run("xdotool", "getdisplaygeometry").split())
 
 
 def look(*command):
@@ -43,29 +39,11 @@ def mapped_windows():
     return shown
 
 
-class Case(unittest.TestCase):
+class Case(HostCase):
     def setUp(self):
         self.folder = pathlib.Path(tempfile.mkdtemp())
-        self.host = Console("desktop")
-        self.addCleanup(self.host.__exit__)
-        self.host.call("host", "launch")
-        self.host.call("host", "openChat", "main", FRAME)
-        self.host.until(lambda: self.read("key"), "the chat window becomes key")
-        window = self.read("nativeHandle")
-        self.host.until(lambda: f"{window:#x}" in run("xprop", "-root", "_NET_ACTIVE_WINDOW"), "it is active")
-        # The window manager says so before it hands over the keyboard.
-        self.host.until(lambda: int(run("xdotool", "getwindowfocus")) == window, "it has the keyboard")
-
-    def read(self, field, window="main"):
-        return self.host.desktop("read", window, field)
-
-    def text(self):
-        return self.host.call("text:main", "attributedText")
-
-    def on_screen(self, x, y):
-        """A place of the window, in points from its top left, as xdotool takes it."""
-        frame = self.read("frame")
-        return SCALE * (int(frame["x"]) + x), screen_size()[1] - SCALE * (int(frame["y"] + frame["height"]) - y)
+        self.start()
+        self.open_chat(FRAME)
 
     def file(self, name, contents):
         path = self.folder / name
@@ -81,7 +59,6 @@ class Case(unittest.TestCase):
                     self.host.told.remove(line)
                     return [line]
         return self.host.until(found, name)[0]["args"]
-
 
     def portal(self, files):
         """Gives these for every key."""

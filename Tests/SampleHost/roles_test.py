@@ -8,6 +8,7 @@ import tempfile
 import unittest
 
 from console_client import Console, rect, run
+from host_case import HostCase, screen_size
 from x_windows import XServer
 
 MAIN = rect(420, 180, 400, 420)
@@ -15,21 +16,12 @@ CHILDREN = {"right": rect(0, 0, 140, 120), "below": rect(0, 0, 150, 100), "left"
 EDGES = {"right": [2, 1], "below": [2, 3], "left": [0, 1]}
 
 
-class RolesCase(unittest.TestCase):
+class RolesCase(HostCase):
     def setUp(self):
-        self.host = self.start()
+        self.start()
         self.server = XServer()
         self.addCleanup(self.server.close)
-        self.screen = int(run("xdotool", "getdisplaygeometry").split()[1])
-
-    def start(self, environment=None):
-        host = Console("desktop", environment)
-        self.addCleanup(host.__exit__)
-        host.call("host", "launch")
-        return host
-
-    def read(self, window, field):
-        return self.host.desktop("read", window, field)
+        self.screen = screen_size()[1]
 
     def until(self, condition, what):
         return self.host.until(condition, what)
@@ -64,7 +56,7 @@ class RolesCase(unittest.TestCase):
 
     def rests(self):
         """Whether the server shows the main window where the model has it."""
-        frame = self.read("main", "frame")
+        frame = self.read("frame")
         return self.place(self.main) == (frame["x"], self.screen - frame["y"] - frame["height"])
 
     def offsets(self):
@@ -73,9 +65,9 @@ class RolesCase(unittest.TestCase):
 
     def model_offsets(self):
         """The same by the model's frames."""
-        main = self.read("main", "frame")
+        main = self.read("frame")
         top = main["y"] + main["height"]
-        frames = {name: self.read(name, "frame") for name in self.family}
+        frames = {name: self.read("frame", name) for name in self.family}
         return {name: (f["x"] - main["x"], top - f["y"] - f["height"]) for name, f in frames.items()}
 
     def stacking(self):
@@ -95,7 +87,7 @@ class RolesCase(unittest.TestCase):
 
     def title_bar(self):
         """A point of the main window's title bar, from the top left."""
-        frame = self.read("main", "frame")
+        frame = self.read("frame")
         return int(frame["x"]) + 200, self.screen - int(frame["y"] + frame["height"]) + 12
 
 
@@ -157,11 +149,11 @@ class Children(RolesCase):
             self.until(lambda: self.offsets() == self.expected and self.place(self.main) == start, "in their places")
         run("xdotool", "windowminimize", self.main)
         for name, handle in {"main": self.main, **self.family}.items():
-            self.until(lambda n=name, h=handle: not self.is_mapped(h) and not self.read(n, "visible"), f"{name} goes too")
+            self.until(lambda n=name, h=handle: not self.is_mapped(h) and not self.read("visible", n), f"{name} goes too")
         run("xdotool", "windowactivate", self.main)
         for name, handle in {"main": self.main, **self.family}.items():
-            self.until(lambda n=name, h=handle: self.is_mapped(h) and self.read(n, "visible"),
-                       lambda n=name, h=handle: f"{n} is back: {self.is_mapped(h)}, {self.read(n, 'visible')}")
+            self.until(lambda n=name, h=handle: self.is_mapped(h) and self.read("visible", n),
+                       lambda n=name, h=handle: f"{n} is back: {self.is_mapped(h)}, {self.read('visible', n)}")
         self.until(lambda: self.offsets() == self.expected and self.place(self.main) == start, "in their places")
         self.host.call(helper, "closeWindow")
         self.until(lambda: not any(handle in self.stacking() for handle in self.family.values()), "all are closed")
@@ -177,7 +169,7 @@ class Children(RolesCase):
 
     def test_the_stacking_is_the_models(self):
         handles = {"main": self.main, **self.family, "other": self.open("other", rect(500, 200, 300, 300))}
-        numbers = {self.read(name, "number"): handle for name, handle in handles.items()}
+        numbers = {self.read("number", name): handle for name, handle in handles.items()}
 
         def agree():
             expected = [numbers[number] for number in reversed(self.host.desktop("orderedWindows"))]
@@ -234,10 +226,10 @@ class SlowWindowManager(RolesCase):
         self.host.desktop("setFrame", "main", frame)
         begun = self.host.desktop("now")
         self.until(lambda: self.host.desktop("now") > begun + 0.5, "it is given up for lost")
-        self.assertEqual(self.read("main", "frame"), frame)
+        self.assertEqual(self.read("frame"), frame)
         os.kill(manager, signal.SIGCONT)
         self.until(self.rests, "the server shows it there")
-        self.assertEqual(self.read("main", "frame"), frame)
+        self.assertEqual(self.read("frame"), frame)
 
 
 class Popover(RolesCase):
@@ -355,7 +347,7 @@ class Companion(RolesCase):
         run("xdotool", "mousemove", x, y, "mousedown", 1)
         for step in range(1, 21):
             run("xdotool", "mousemove", x + 4 * step, y + 3 * step)
-        self.until(lambda: self.read("main", "frame")["x"] > MAIN["x"] + 40, "the window moves")
+        self.until(lambda: self.read("frame")["x"] > MAIN["x"] + 40, "the window moves")
         self.assertEqual(heard(), [], "nothing before the button is up")
         run("xdotool", "mouseup", 1)
         self.until(lambda: len(heard()) == 1, lambda: f"one frame after the move: {self.heard}")

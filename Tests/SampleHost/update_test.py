@@ -12,7 +12,8 @@ import tempfile
 import time
 import unittest
 
-from console_client import Console, rect, run
+from console_client import rect, run
+from host_case import HostCase
 
 APPS = pathlib.Path(os.environ.get("MIRELO_APPS", pathlib.Path(__file__).resolve().parents[2] / "build/default/apps"))
 COMPANION = "MireloWebView_1_1_2.app"
@@ -45,7 +46,7 @@ def geometry(window):
     return tuple(int(shell[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
 
 
-class InstalledCase(unittest.TestCase):
+class InstalledCase(HostCase):
     def setUp(self):
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="update 업데이트 ")).resolve()
         self.addCleanup(shutil.rmtree, self.root, ignore_errors=True)
@@ -67,11 +68,8 @@ class InstalledCase(unittest.TestCase):
                 os.kill(number, signal.SIGKILL)
 
     def start(self):
-        self.host = Console("desktop", self.environment, str(self.program))
-        self.addCleanup(self.host.__exit__)
-        self.host.call("host", "launch")
-        self.host.call("host", "openChat", "main", rect(60, 120, 440, 560))
-        self.host.until(lambda: self.host.desktop("read", "main", "key"), "the chat window becomes key")
+        super().start(self.environment, str(self.program))
+        self.open_chat(rect(60, 120, 440, 560))
 
     def listen(self):
         for line in self.host.take():

@@ -9,7 +9,6 @@
 
 #include "Platform/Foundation/FileDescriptor.h"
 #include "Platform/Foundation/NotificationCenter.h"
-#include "Platform/Foundation/Process.h"
 #include "Tests/Update/UpdateFixture.h"
 
 namespace veltrik {
@@ -41,7 +40,7 @@ class AppRestarterTest : public testing::Test {
 
   const UpdateBench bench;
   const std::map<std::string, std::string> before = treeOf(bench.installed());
-  LogLines log;
+  LogCapture log;
 };
 
 TEST_F(AppRestarterTest, InstallsAndStartsTheRelauncherStepByStep) {

@@ -2,10 +2,6 @@
 
 #include <sys/mman.h>
 
-#include <algorithm>
-#include <string>
-#include <vector>
-
 #include "Platform/Foundation/RunLoop.h"
 #include "Tests/Update/UpdateFixture.h"
 #include "Tests/Zip/FaultStepper.h"

@@ -8,20 +8,16 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "Backends/Headless/HeadlessBackend.h"
 #include "Platform/Foundation/Bundle.h"
-#include "Platform/Foundation/Log.h"
 #include "Platform/Foundation/Process.h"
 #include "Platform/Foundation/Session.h"
 #include "Platform/Foundation/SystemTools.h"
 #include "Tests/Foundation/ApplicationFixture.h"
+#include "Tests/LogCapture.h"
 #include "VeltrikAppKit/AppRestarter.h"
 
 namespace veltrik {
@@ -155,20 +151,9 @@ inline std::vector<std::string> namesIn(const std::filesystem::path& folder) {
   return names;
 }
 
-/// Keeps the log's lines while it lives.
-struct LogLines {
-  LogLines() : former(platform::setLogSink([this](const std::string& line) { lines.push_back(line); })) {}
-  ~LogLines() { platform::setLogSink(former); }
-  LogLines(const LogLines&) = delete;
-  LogLines& operator=(const LogLines&) = delete;
-
-  std::vector<std::string> lines;
-  std::function<void(const std::string&)> former;
-};
-
 /// Runs an update in this process to its end, on a headless desktop. The log's lines.
 inline std::vector<std::string> runUpdate(const std::string& location, double unzipSilence = 60) {
-  LogLines log;
+  LogCapture log;
   headless::HeadlessBackend desktop;
   const platform::Session session(desktop);
   const auto restarter = AppRestarter::make(unzipSilence);

@@ -1,18 +1,13 @@
-#include <algorithm>
 #include <limits>
 
 #include "Platform/AppKit/NSAlert.h"
 #include "Platform/AppKit/NSButton.h"
 #include "Platform/AppKit/NSTextField.h"
 #include "Platform/AppKit/NSViewController.h"
-#include "Platform/Foundation/DispatchQueue.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 
 namespace veltrik {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr std::uint16_t kReturn = 36, kEscape = 53;
 
@@ -26,7 +21,6 @@ class AlertsTest : public PluginTest {
     EXPECT_FALSE(appKit && appKit->isAppKitAlertPresented()) << "the alert has gone before";
   };
 
-  static void later(std::function<void()> step) { platform::DispatchQueue::main().async(std::move(step)); }
   static std::shared_ptr<NSWindow> key() { return NSApplication::shared().keyWindow(); }
   static std::vector<std::shared_ptr<NSWindow>> windows() { return NSApplication::shared().windows(); }
   void showSheet(const std::optional<std::string>& identifier, const std::string& message = "message") {

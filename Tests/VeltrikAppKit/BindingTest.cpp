@@ -4,9 +4,6 @@
 namespace veltrik {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-
 class BindingTest : public PluginTest {};
 
 TEST_F(BindingTest, TheTitleThatIsAPendingIdentifierBindsTheWindowAndIsNotShown) {

@@ -82,7 +82,7 @@ TEST_F(ChromeTest, MovableBoundsAreFlippedAndScaled) {
     else
       bound.helper()->setDelegate({});
     bound.helper()->addMovableBounds(row.region);
-    EXPECT_THAT(regions(*bound.native), testing::ElementsAre(row.native));
+    EXPECT_THAT(regions(*bound.native), ElementsAre(row.native));
     bound.helper()->resetAllMovableBounds();
   }
 }
@@ -94,7 +94,7 @@ TEST_F(ChromeTest, MovableRegionsAddUpAndAreResetWithoutOtherViews) {
   for (int twice = 0; twice < 2; ++twice) bound.helper()->addMovableBounds({0, 0, 10, 10});
   EXPECT_EQ(regions(*bound.native).size(), 2u);
   bound.helper()->resetAllMovableBounds();
-  EXPECT_THAT(bound.native->contentView()->subviews(), testing::ElementsAre(other));
+  EXPECT_THAT(bound.native->contentView()->subviews(), ElementsAre(other));
 }
 
 // The press is at (300, 640) on the screen, in a region over the top 100 points of the window. A window that is dragged

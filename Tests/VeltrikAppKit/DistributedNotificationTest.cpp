@@ -39,19 +39,18 @@ TEST_F(DistributedNotificationTest, APostReachesOthersAndOwnObserversAndIsLogged
   addObserver(this, Case::parentWindowWillClose, [&](const Dictionary& userInfo) { heard.push_back(userInfo); });
   log.clear();
   post({{"parentID", "main"}}, Case::parentWindowWillClose);
-  EXPECT_THAT(log,
-              testing::ElementsAre("WebView >>>> pos mirelo_parentWindowWillClose userInfo: [\"parentID\": \"main\"]"));
+  EXPECT_THAT(log, ElementsAre("WebView >>>> pos mirelo_parentWindowWillClose userInfo: [\"parentID\": \"main\"]"));
   desktop.settle();
-  EXPECT_THAT(heard, testing::ElementsAre(Dictionary{{"parentID", "main"}}));
-  EXPECT_THAT(desktop.broadcast()->posted(), testing::ElementsAre(headless::BroadcastMessage{
-                                                 "mirelo_parentWindowWillClose", "", {{"parentID", "main"}}}));
+  EXPECT_THAT(heard, ElementsAre(Dictionary{{"parentID", "main"}}));
+  EXPECT_THAT(desktop.broadcast()->posted(),
+              ElementsAre(headless::BroadcastMessage{"mirelo_parentWindowWillClose", "", {{"parentID", "main"}}}));
 }
 
 TEST_F(DistributedNotificationTest, WithoutABusThePostIsLoggedAndTheProcessRunsOn) {
   desktop.faults().broadcastDown = true;
   log.clear();
   post({}, Case::mireloAppBecomeActive);
-  EXPECT_THAT(log, testing::Contains("WebView >>>> pos mirelo_mireloAppBecomeActive userInfo: [:]"));
+  EXPECT_THAT(log, Contains("WebView >>>> pos mirelo_mireloAppBecomeActive userInfo: [:]"));
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "Platform/AppKit/NSEvent.h"
 #include "Platform/AppKit/NSWorkspace.h"
 #include "Platform/Foundation/ApplicationProcess.h"
-#include "Platform/Foundation/DispatchQueue.h"
 #include "Tests/Foundation/ApplicationFixture.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 #include "VeltrikAppKit/Protocols/CFDateGetIdleTimeInterval.h"
@@ -10,8 +9,6 @@
 namespace veltrik {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 namespace KeyCode = platform::KeyCode;
 namespace ModifierFlag = platform::ModifierFlag;
 

@@ -1,4 +1,3 @@
-#include "Platform/AppKit/NSMenu.h"
 #include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/Foundation/UserDefaults.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
@@ -8,9 +7,6 @@ namespace {
 
 using headless::BroadcastMessage;
 using platform::NSApplicationDelegate;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class LifecycleTest : public PluginTest {
  protected:

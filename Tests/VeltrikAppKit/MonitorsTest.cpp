@@ -7,9 +7,6 @@ namespace veltrik {
 namespace {
 
 using platform::NSEvent;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
 namespace KeyCode = platform::KeyCode;
 namespace ModifierFlag = platform::ModifierFlag;
 

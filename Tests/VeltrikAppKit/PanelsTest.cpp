@@ -1,7 +1,6 @@
 #include <filesystem>
 #include <fstream>
 
-#include "Platform/Foundation/DispatchQueue.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 
 namespace veltrik {
@@ -9,9 +8,7 @@ namespace {
 
 using platform::URL;
 using platform::port::FilePanelRequest;
-using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 namespace fs = std::filesystem;
 
@@ -29,7 +26,6 @@ class PanelsTest : public PluginTest {
     desktop.journal().take();
   }
   headless::HeadlessFilePanels& panels() { return *desktop.filePanels(); }
-  static void later(std::function<void()> step) { platform::DispatchQueue::main().async(std::move(step)); }
   std::vector<std::string> asked() {
     std::vector<std::string> lines;
     for (std::string& line : desktop.journal().take())

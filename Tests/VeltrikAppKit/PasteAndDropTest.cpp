@@ -1,5 +1,3 @@
-#include <map>
-
 #include "Platform/AppKit/ImageReading.h"
 #include "Platform/Foundation/Bundle.h"
 #include "Tests/ScratchFolder.h"
@@ -10,8 +8,6 @@ namespace veltrik {
 namespace {
 
 using platform::URL;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// A Windows bitmap of one pixel.
 std::string pixel(char blue, char green, char red) {

@@ -5,18 +5,15 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "Backends/Headless/HeadlessBackend.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSMenu.h"
 #include "Platform/AppKit/NSView.h"
 #include "Platform/AppKit/NSWindow.h"
-#include "Platform/Foundation/Log.h"
+#include "Platform/Foundation/DispatchQueue.h"
 #include "Platform/Foundation/Session.h"
+#include "Tests/LogCapture.h"
 #include "Tests/VeltrikAppKit/TestHost.h"
 #include "VeltrikAppKit/NSWindow+Veltrik.h"
 #include "VeltrikAppKit/VeltrikAppKit.h"
@@ -29,6 +26,10 @@ using platform::NSWindow;
 using platform::Point;
 using platform::Rect;
 using platform::Size;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
 
 inline constexpr unsigned kOrdinaryStyle = platform::StyleMask::kTitled | platform::StyleMask::kClosable |
                                            platform::StyleMask::kMiniaturizable | platform::StyleMask::kResizable;
@@ -74,19 +75,6 @@ class TestApplicationDelegate final : public platform::NSApplicationDelegate {
     answerTerminate();
     answerDockMenu();
   }
-};
-
-/// Keeps the log's lines while it lives.
-class LogCapture {
- public:
-  LogCapture() : former_(platform::setLogSink([this](const std::string& line) { lines.push_back(line); })) {}
-  ~LogCapture() { platform::setLogSink(former_); }
-  LogCapture(const LogCapture&) = delete;
-  LogCapture& operator=(const LogCapture&) = delete;
-  std::vector<std::string> lines;
-
- private:
-  std::function<void(const std::string&)> former_;
 };
 
 /// A host on a fresh desktop with one principal object.
@@ -135,6 +123,9 @@ class PluginTest : public testing::Test {
     return bound;
   }
   BoundWindow show(const std::string& id) { return show(std::make_shared<TestHostWindow>(id)); }
+
+  /// Runs when the main loop goes on: inside a modal session.
+  static void later(std::function<void()> step) { platform::DispatchQueue::main().async(std::move(step)); }
 
   headless::HeadlessSurface& surfaceOf(const NSWindow& window) {
     return *desktop.windows().surfaceWithHandle(const_cast<NSWindow&>(window).nativeHandle());

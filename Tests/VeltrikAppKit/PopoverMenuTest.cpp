@@ -1,6 +1,5 @@
 #include <stdexcept>
 
-#include "Platform/Foundation/DispatchQueue.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 #include "VeltrikAppKit/Protocols/VeltrikPopoverMenuItemProtocol.h"
 
@@ -8,8 +7,6 @@ namespace veltrik {
 namespace {
 
 using platform::port::MenuMark;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class Item final : public VeltrikPopoverMenuItemProtocol {
  public:

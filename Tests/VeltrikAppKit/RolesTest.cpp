@@ -5,11 +5,6 @@
 namespace veltrik {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
-
 /// A parent window on a screen of 1440 x 900 points, all of it free but 24 at the top.
 class RolesTest : public PluginTest {
  protected:

@@ -6,8 +6,6 @@
 namespace veltrik {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 namespace KeyCode = platform::KeyCode;
 
 /// A search field of 200 points in a key and main window, with what it told since the last `take`.

@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
-
 #include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "Platform/AppKit/NSImage.h"
 #include "Platform/AppKit/NSStatusBar.h"

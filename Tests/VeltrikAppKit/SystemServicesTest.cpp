@@ -1,5 +1,4 @@
 #include <limits>
-#include <map>
 #include <sstream>
 
 #include "Platform/Foundation/CocoaError.h"

@@ -1,17 +1,7 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "Backends/Headless/HeadlessBackend.h"
-#include "Platform/AppKit/NSApplication.h"
-#include "Platform/AppKit/NSWindow.h"
-#include "Platform/Foundation/Session.h"
 #include "Tests/AppKit/TextFixture.h"
 #include "VeltrikAppKit/TextInputNSView.h"
 
@@ -62,7 +52,7 @@ class TextInputHost : public VeltrikTextInputViewDelegate {
 };
 
 /// An input in a key window of 300 by 60 points, with the focus.
-class TextInputFixture : public testing::Test {
+class TextInputFixture : public platform::AppKitTest {
  protected:
   explicit TextInputFixture(InputType type = InputType::conversation)
       : window(platform::NSWindow::make({100, 100, 300, 60}, platform::StyleMask::kTitled)),
@@ -83,8 +73,6 @@ class TextInputFixture : public testing::Test {
   void type(const std::string& characters) { desktop.user().type(characters); }
   headless::HeadlessInputMethod& inputMethod() { return desktop.inputMethod(); }
 
-  headless::HeadlessBackend desktop;
-  platform::Session session{desktop};
   std::shared_ptr<platform::NSWindow> window;
   std::shared_ptr<TextInputNSView> input;
   std::shared_ptr<TextInputHost> host;

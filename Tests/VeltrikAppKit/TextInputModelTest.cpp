@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <optional>
 #include <random>
 
 #include "Tests/VeltrikAppKit/TextInputFixture.h"

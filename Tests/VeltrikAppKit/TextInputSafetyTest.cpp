@@ -1,8 +1,6 @@
 #include <stdexcept>
 #include <tuple>
 
-#include <gmock/gmock.h>
-
 #include "Platform/AppKit/ScopedDepth.h"
 #include "Tests/VeltrikAppKit/TextInputFixture.h"
 

@@ -3,9 +3,6 @@
 
 #include <sys/stat.h>
 
-#include <filesystem>
-#include <fstream>
-
 #include "Platform/AppKit/NSRunningApplication.h"
 #include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/FileManager.h"
@@ -24,10 +21,6 @@ using platform::Dictionary;
 using platform::NSRunningApplication;
 using platform::URL;
 using platform::Value;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
 
 constexpr const char* kTrue = "webViewDownloadCompletedWithResult true";

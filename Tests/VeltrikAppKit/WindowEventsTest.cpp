@@ -9,10 +9,6 @@ namespace {
 using headless::BroadcastMessage;
 using platform::WindowOrdering;
 using testing::AllOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
 
 class WindowEventsTest : public PluginTest {
  protected:

@@ -81,7 +81,8 @@ class Owner {
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen->root, 0, 0, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
     xcb_set_selection_owner(connection_, window_, atom("CLIPBOARD"), XCB_CURRENT_TIME);
-    xcb_flush(connection_);
+    // The answer comes when the server has dealt with that too, so nobody finds the former owner from here on.
+    std::free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
   }
   ~Owner() { xcb_disconnect(connection_); }
   Owner(const Owner&) = delete;
