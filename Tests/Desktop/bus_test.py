@@ -1,15 +1,13 @@
 #!/usr/bin/env python3
 """Two processes of ours on a bus of the test's own: notifications, the death of the bus, floods, and hostile payloads.
 
-What comes from outside is written to the bus's socket by hand, in the D-Bus wire format, so that no library
-has a hand in it. BUS_PEER names the program; a display is needed.
+What comes from outside is written to the bus's socket by hand, so that no library has a hand in it. BUS_PEER names the program; a display is needed.
 """
 import json
 import os
 import pathlib
 import select
 import signal
-import socket
 import struct
 import subprocess
 import sys
@@ -18,9 +16,9 @@ import time
 import unittest
 
 sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "SampleHost"))
-from bus_service import Bus
+from bus_service import BUS, CALL, DESTINATION, INTERFACE, MEMBER, PATH, SIGNAL, Bus, connection, message, text
 
-PATH, INTERFACE = "/com/brenholt/VeltrikAppKit/Notifications", "com.brenholt.VeltrikAppKit.Notifications"
+OBJECT, CHANNEL = "/com/brenholt/VeltrikAppKit/Notifications", "com.brenholt.VeltrikAppKit.Notifications"
 PATIENCE = 20
 MIB = 1 << 20
 
@@ -81,63 +79,26 @@ class Peer:
         return status
 
 
-def padded(data, boundary):
-    return data + bytes(-len(data) % boundary)
+def signal_message(name, key, value):
+    """A notification with one entry, whose value is (type, value) or the bytes of a variant."""
+    return message(SIGNAL, 1, {PATH: OBJECT, INTERFACE: CHANNEL, MEMBER: "Posted"},
+                   [("s", name), ("s", ""), ("a{sv}", (key, value))])
 
 
-def text(value):
-    return struct.pack("<I", len(value)) + value + b"\0"
-
-
-def signal_message(name, entries):
-    """A signal with the serial 1; `entries` are the bytes of the a{sv}'s entries, from an 8-byte boundary on."""
-    head = padded(padded(text(name.encode()), 4) + text(b""), 4)
-    # An array's length doesn't count the padding before its first entry.
-    body = padded(head + struct.pack("<I", len(entries)), 8) + entries
-    fields = b""
-    for code, kind, value in ((1, b"o", PATH.encode()), (2, b"s", INTERFACE.encode()), (3, b"s", b"Posted")):
-        fields = padded(fields, 8) + bytes([code, 1]) + kind + b"\0" + text(value)
-    signature = b"ssa{sv}"
-    fields = padded(fields, 8) + bytes([8, 1]) + b"g\0" + bytes([len(signature)]) + signature + b"\0"
-    return padded(struct.pack("<BBBBIII", ord("l"), 4, 1, 1, len(body), 1, len(fields)) + fields, 8) + body
-
-
-def text_entry(key, value):
-    return text(key) + variant(len(text(key)), b"s", 4, text(value))
-
-
-def variant(offset, signature, boundary, value):
-    """A variant that begins at `offset` from a boundary of 8."""
-    head = bytes([len(signature)]) + signature + b"\0"
-    return head + bytes(-(offset + len(head)) % boundary) + value
-
-
-def number_entry(number):
-    key = text(b"number")
-    return key + variant(len(key), b"x", 8, struct.pack("<q", number))
-
-
-def nested_entry(key, levels, value):
-    """A text in as many variants, one in the other."""
+def nested(key, levels, value):
+    """A text in as many variants, one in the other, behind its key."""
     head = b"\1v\0" * (levels - 1) + b"\1s\0"
-    return text(key) + head + bytes(-len(text(key) + head) % 4) + text(value)
+    return head + bytes(-(len(text(key)) + len(head)) % 4) + text(value)
 
 
 class Outsider:
     """A connection that anyone of the same user could make."""
 
     def __init__(self, bus):
-        self.socket = socket.socket(socket.AF_UNIX)
+        self.socket = connection(bus)
         self.socket.settimeout(PATIENCE)
-        self.socket.connect(bus.socket)
-        self.socket.sendall(b"\0AUTH EXTERNAL " + str(os.getuid()).encode().hex().encode() + b"\r\n")
-        assert self.socket.recv(512).startswith(b"OK")
-        fields = b""
-        for code, kind, value in ((1, b"o", b"/org/freedesktop/DBus"), (3, b"s", b"Hello"),
-                                  (6, b"s", b"org.freedesktop.DBus")):
-            fields = padded(fields, 8) + bytes([code, 1]) + kind + b"\0" + text(value)
-        hello = struct.pack("<BBBBIII", ord("l"), 1, 0, 1, 0, 1, len(fields)) + fields
-        self.socket.sendall(b"BEGIN\r\n" + padded(hello, 8))
+        self.socket.sendall(b"BEGIN\r\n" + message(CALL, 1, {PATH: "/org/freedesktop/DBus", MEMBER: "Hello",
+                                                             DESTINATION: BUS}))
         assert self.socket.recv(4096)
 
     def send(self, data):
@@ -206,7 +167,7 @@ class BusTest(unittest.TestCase):
         peer.observe("flood", "count")
         outsider = Outsider(self.bus)
         count, chunk = 200_000, 500
-        head = signal_message("flood", number_entry(0))[:-8]  # the number comes last
+        head = signal_message("flood", "number", ("x", 0))[:-8]  # the number comes last
         before = peer.status("VmRSS")
         began = time.monotonic()
         for start in range(0, count, chunk):
@@ -231,9 +192,9 @@ class BusTest(unittest.TestCase):
         for name, size, arrives in (("small", 1000, True), ("just below", MIB - 1000, True), ("just above", MIB, False),
                                     ("60 MiB", 60 * MIB, False)):
             with self.subTest(name):
-                outsider.send(signal_message("large", text_entry(b"text", b"x" * size)))
+                outsider.send(signal_message("large", "text", ("s", "x" * size)))
                 # The bus keeps the order of one sender, so the next one tells that this one has been dealt with.
-                outsider.send(signal_message("ping", text_entry(b"after", name.encode())))
+                outsider.send(signal_message("ping", "after", ("s", name)))
                 self.assertIsNotNone(peer.await_line('got ping {"after":"%s"}' % name, 30))
                 line = peer.await_line("got large", 0)
                 self.assertEqual(len(line or ""), len('got large {"text":""}') + size if arrives else 0)
@@ -245,13 +206,13 @@ class BusTest(unittest.TestCase):
         peer, friend = self.peer("ping", "nested"), self.peer("ping")
         for levels, arrives in ((20, True), (60, False)):
             outsider = Outsider(self.bus)
-            outsider.send(signal_message("nested", nested_entry(b"text", levels, b"end")))
-            outsider.send(signal_message("ping", text_entry(b"after", b"%d" % levels)))
+            outsider.send(signal_message("nested", "text", nested("text", levels, "end")))
+            outsider.send(signal_message("ping", "after", ("s", str(levels))))
             self.assertIsNotNone(peer.await_line('got ping {"after":"%d"}' % levels, 30))
             self.assertEqual(peer.await_line("got nested", 0), 'got nested {"text":"end"}' if arrives else None)
             outsider.close()
         outsider = Outsider(self.bus)
-        outsider.send(signal_message("nested", nested_entry(b"text", 10_000, b"end")))
+        outsider.send(signal_message("nested", "text", nested("text", 10_000, "end")))
         while outsider.socket.recv(4096):  # the bus cuts off who sends that
             pass
         self.expect_ping(friend, peer, 7)

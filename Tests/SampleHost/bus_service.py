@@ -10,7 +10,7 @@ import threading
 CALL, ANSWER, ERROR, SIGNAL = 1, 2, 3, 4
 PATH, INTERFACE, MEMBER, ERROR_NAME, REPLY_SERIAL, DESTINATION, SENDER, SIGNATURE, DESCRIPTORS = range(1, 10)
 BUS = "org.freedesktop.DBus"
-FORMATS = {"b": "<I", "u": "<I", "h": "<I", "t": "<Q"}
+FORMATS = {"b": "<I", "u": "<I", "h": "<I", "t": "<Q", "x": "<q"}
 
 
 class Bus:
@@ -44,9 +44,11 @@ def text(value):
 
 
 def value_bytes(kind, value, at):
-    """Where `at` bytes stand before it. A variant's value is (type, value), a dictionary's its only entry."""
-    gap = bytes(-at % {"v": 1, "t": 8}.get(kind, 4))
+    """Where `at` bytes stand before it. A variant's value is (type, value) or its bytes, a dictionary's its only entry."""
+    gap = bytes(-at % {"v": 1, "t": 8, "x": 8}.get(kind, 4))
     at += len(gap)
+    if isinstance(value, bytes):
+        return value
     if kind == "v":
         return gap + signature(value[0]) + value_bytes(*value, at + len(signature(value[0])))
     if kind == "as":
@@ -104,6 +106,15 @@ def header_fields(data):
     return fields
 
 
+def connection(bus):
+    """A connection that has told who it is."""
+    connected = socket.socket(socket.AF_UNIX)
+    connected.connect(bus.socket)
+    connected.sendall(b"\0AUTH EXTERNAL " + str(os.getuid()).encode().hex().encode() + b"\r\n")
+    assert connected.recv(512).startswith(b"OK")
+    return connected
+
+
 class Service:
     """Owns a name and answers calls from `answers`: member to (type, value), or None to stay silent; others get an
     error. The value of an "h" is an open file descriptor. `asked` lists the members whose calls were dealt with."""
@@ -111,10 +122,7 @@ class Service:
     def __init__(self, bus, name, path, answers=None):
         self.name, self.path, self.answers, self.asked = name, path, answers or {}, []
         self.serial, self.lock = 0, threading.Lock()
-        self.socket = socket.socket(socket.AF_UNIX)
-        self.socket.connect(bus.socket)
-        self.socket.sendall(b"\0AUTH EXTERNAL " + str(os.getuid()).encode().hex().encode() + b"\r\n")
-        assert self.socket.recv(512).startswith(b"OK")
+        self.socket = connection(bus)
         self.socket.sendall(b"NEGOTIATE_UNIX_FD\r\n")
         assert self.socket.recv(512).startswith(b"AGREE_UNIX_FD")
         self.socket.sendall(b"BEGIN\r\n")

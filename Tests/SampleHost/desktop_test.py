@@ -24,9 +24,6 @@ class DesktopCase(HostCase):
         return {"x": int(shell["X"]), "y": screen_size()[1] - int(shell["Y"]) - int(height),
                 "width": int(shell["WIDTH"]), "height": int(shell["HEIGHT"])}
 
-    def property(self, name):
-        return run("xprop", "-id", self.window, name)
-
 
 class Composer(DesktopCase):
     def setUp(self):
@@ -137,20 +134,6 @@ class Window(DesktopCase):
                 self.host.desktop("setFrame", "main", frame)
                 self.host.until(lambda: self.geometry() == frame, f"X shows {frame}, not {self.geometry()}")
                 self.assertEqual(self.host.call("window:main", "nsWindowFrame"), frame)
-
-    def test_state_is_in_the_windows_own_properties(self):
-        helper = "window:main"
-        rows = (("setAlwaysOnTop", [True], "_NET_WM_STATE", "_NET_WM_STATE_ABOVE", True),
-                ("setAlwaysOnTop", [False], "_NET_WM_STATE", "_NET_WM_STATE_ABOVE", False),
-                ("setAlpha", [0.5], "_NET_WM_WINDOW_OPACITY", str(0xFFFFFFFF // 2)[:6], True),
-                ("maximize", [], "_NET_WM_STATE", "_NET_WM_STATE_MAXIMIZED_HORZ", True),
-                ("maximize", [], "_NET_WM_STATE", "_NET_WM_STATE_MAXIMIZED_HORZ", False),
-                ("minimize", [], "WM_STATE", "window state: Iconic", True),
-                ("becomeFirstWindow", [], "WM_STATE", "window state: Normal", True))
-        for call, arguments, name, part, there in rows:
-            with self.subTest(call, arguments=arguments, part=part):
-                self.host.call(helper, call, *arguments)
-                self.host.until(lambda: (part in self.property(name)) == there, self.property(name))
 
     def test_what_only_a_simulated_user_can_do_is_refused(self):
         for call, arguments in (("text", ["a"]), ("advance", [1]), ("markedText", ["가"])):
