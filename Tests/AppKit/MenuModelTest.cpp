@@ -64,15 +64,6 @@ TEST_F(MenuModelTest, ASeparatorIsNeverChosen) {
   EXPECT_THAT(performed, IsEmpty());
 }
 
-TEST_F(MenuModelTest, ATagFindsTheFirstOfItsItems) {
-  NSMenu menu("menu");
-  const auto first = addItem(menu, "first");
-  const auto second = addItem(menu, "second");
-  for (const auto& item : {first, second}) item->setTag(7);
-  EXPECT_EQ(menu.itemWithTag(7), first);
-  EXPECT_EQ(menu.itemWithTag(8), nullptr);
-}
-
 TEST_F(MenuModelTest, ObserversHearOfEachChangeOnceFromAnyDepth) {
   const auto menu = std::make_shared<NSMenu>("menu");
   const auto below = std::make_shared<NSMenu>("below");

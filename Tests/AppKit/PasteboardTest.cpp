@@ -59,12 +59,6 @@ TEST_F(PasteboardTest, AClipboardThatFailsHasNothing) {
   EXPECT_FALSE(NSPasteboard::general().offersAny({PasteboardType::kURL}));
 }
 
-TEST_F(PasteboardTest, TextAloneIsNoLocation) {
-  offer({{"text/plain;charset=utf-8", "file:///home/a.txt"}});
-  EXPECT_THAT(NSPasteboard::general().readURLs(), IsEmpty());
-  EXPECT_EQ(NSPasteboard::general().readImage(), nullptr);
-}
-
 TEST_F(PasteboardTest, APictureThatCannotBeReadGivesWayToTheNext) {
   // One pixel, 0xFF336699.
   const std::string bitmap(
@@ -75,23 +69,6 @@ TEST_F(PasteboardTest, APictureThatCannotBeReadGivesWayToTheNext) {
   const auto image = NSPasteboard::general().readImage();
   ASSERT_NE(image, nullptr);
   EXPECT_THAT(image->representations().at(0).pixels, ElementsAre(0xFF336699));
-}
-
-TEST_F(PasteboardTest, WhatCountsAsALocation) {
-  struct OfferRow {
-    const char* name;
-    std::map<std::string, std::string> contents;
-    bool isURL;
-  };
-  for (const OfferRow& row : {OfferRow{"a list", {{"text/uri-list", ""}}, true},
-                              OfferRow{"a file manager's", {{"x-special/gnome-copied-files", ""}}, true},
-                              OfferRow{"a picture", {{"image/png", ""}}, true},
-                              OfferRow{"text", {{"text/plain", ""}}, false}, OfferRow{"nothing", {}, false}}) {
-    SCOPED_TRACE(row.name);
-    offer(row.contents);
-    EXPECT_EQ(NSPasteboard::general().offersAny({PasteboardType::kURL}), row.isURL);
-    EXPECT_FALSE(NSPasteboard::general().offersAny({"something.else"}));
-  }
 }
 
 }  // namespace

@@ -55,23 +55,11 @@ TEST_F(ReentrancyTest, whateverADelegateDoes) {
          window->miniaturize();
          window->deminiaturize();
        }},
-      {"move and resize",
-       [](ReentrancyTest& t) {
-         t.scene.window->setFrame({10, 10, 222, 222}, true);
-       }},
+      {"move and resize", [](ReentrancyTest& t) { t.scene.window->setFrame(Rect(10, 10, 222, 222), true); }},
       {"give the focus away", [](ReentrancyTest& t) { t.scene.other->makeKeyAndOrderFront(nullptr); }},
-      {"drag the title bar",
-       [](ReentrancyTest& t) {
-         t.user().drag({300, 415}, {340, 455});
-       }},
-      {"drag the edge",
-       [](ReentrancyTest& t) {
-         t.user().drag({499, 250}, {540, 250});
-       }},
-      {"press the close button",
-       [](ReentrancyTest& t) {
-         t.user().click({114, 414.5});
-       }},
+      {"drag the title bar", [](ReentrancyTest& t) { t.user().drag(Point(300, 415), Point(340, 455)); }},
+      {"drag the edge", [](ReentrancyTest& t) { t.user().drag(Point(499, 250), Point(540, 250)); }},
+      {"press the close button", [](ReentrancyTest& t) { t.user().click(Point(114, 414.5)); }},
       {"another application", [](ReentrancyTest& t) { t.desktop.windows().userDeactivatesAll(), t.desktop.settle(); }},
       {"begin and end a sheet",
        [](ReentrancyTest& t) {
@@ -111,10 +99,7 @@ TEST_F(ReentrancyTest, whateverADelegateDoes) {
       {"hides the window", [](ReentrancyTest&, NSWindow& window) { window.orderOut(); }},
       {"takes the focus back", [](ReentrancyTest&, NSWindow& window) { window.makeKeyAndOrderFront(nullptr); }},
       {"gives the focus on", [](ReentrancyTest& t, NSWindow&) { t.scene.other->makeKeyAndOrderFront(nullptr); }},
-      {"moves it",
-       [](ReentrancyTest&, NSWindow& window) {
-         window.setFrameOrigin({7, 7});
-       }},
+      {"moves it", [](ReentrancyTest&, NSWindow& window) { window.setFrameOrigin(Point(7, 7)); }},
       {"takes its views away", [](ReentrancyTest&, NSWindow& window) { window.setContentView(nullptr); }},
       {"throws", [](ReentrancyTest&, NSWindow&) { throw std::runtime_error("from a delegate"); }},
   };

@@ -55,10 +55,7 @@ TEST_F(TextInputMethod, TextStaysExactlyOnceWhateverEndsTheComposition) {
   };
   const auto second = NSWindow::make({400, 400, 50, 50}, StyleMask::kTitled);
   for (const Row& row : std::initializer_list<Row>{
-           {"selection elsewhere",
-            [&] {
-              view->setSelectedRange({0, 0});
-            }},
+           {"selection elsewhere", [&] { view->setSelectedRange(NSRange()); }},
            {"click elsewhere", [&] { desktop.user().click(character(0)); }},
            {"click inside", [&] { desktop.user().click(character(1)); }},
            {"focus lost", [&] { window->makeFirstResponder(nullptr); }},
@@ -66,10 +63,7 @@ TEST_F(TextInputMethod, TextStaysExactlyOnceWhateverEndsTheComposition) {
            {"unmarked", [&] { view->unmarkText(); }},
            {"no longer editable", [&] { view->setEditable(false); }},
            {"storage replaced", [&] { view->setTextStorage(view->textStorage()); }},
-           {"edited by code",
-            [&] {
-              view->replaceCharacters({1, 1}, u"한");
-            }},
+           {"edited by code", [&] { view->replaceCharacters(view->markedRange(), u"한"); }},
            {"taken out of the window", [&] { view->removeFromSuperview(); }},
        }) {
     scrollView->setDocumentView(nullptr);

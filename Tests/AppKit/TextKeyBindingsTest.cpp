@@ -17,13 +17,9 @@ TEST(TextKeyBindings, FollowTheDesktop) {
   constexpr std::uint64_t kArrow = kNumericPad | kFunction;
   for (const Row& row : std::initializer_list<Row>{
            {KeyCode::kRightArrow, kArrow | kOption, "", ""},
-           {KeyCode::kDownArrow, kArrow | kShift, "", "moveDownAndModifySelection:"},
            {KeyCode::kPageDown, kShift, "", "pageDownAndModifySelection:"},
-           {KeyCode::kBackspace, 0, "\x7f", "deleteBackward:"},
            {KeyCode::kReturn, kShift | kCapsLock, "\r", "insertNewline:"},
-           {KeyCode::kReturn, kControl, "\r", ""},
            {KeyCode::kReturn, kControl | kShift, "\r", ""},
-           {KeyCode::kReturn, kCommand, "\r", ""},
            {KeyCode::kZ, kControl, "z", "undo:"},
            {KeyCode::kZ, kControl | kShift, "Z", "redo:"},
            {KeyCode::kA, kControl | kCapsLock, "A", "selectAll:"},

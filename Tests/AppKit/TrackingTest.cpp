@@ -47,21 +47,6 @@ class TrackingTest : public AppKitTest {
   }
 };
 
-TEST_F(TrackingTest, aShortDragIsAClickAndALongOneMovesTheWindow) {
-  user().drag({300, 350}, {304, 350});
-  EXPECT_THAT(grip->heard, ElementsAre("down", "click"));
-  EXPECT_EQ(window->frame().origin(), (Point{100, 100}));
-  grip->heard.clear();
-  int released = 0;
-  application().addLocalMonitor(eventMask(EventType::leftMouseUp), [&](const EventPointer& event) {
-    ++released;
-    return event;
-  });
-  user().drag({300, 350}, {340, 390});
-  EXPECT_THAT(grip->heard, ElementsAre("down", "drag", "none", "up"));
-  EXPECT_EQ(released, 1) << "the monitors see the release of a drag";
-}
-
 TEST_F(TrackingTest, aDragMovesTheWindowWhicheverWay) {
   struct Row {
     const char* name;

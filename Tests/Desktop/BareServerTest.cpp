@@ -6,7 +6,6 @@
 namespace desktop_tests {
 
 using platform::Rect;
-using platform::port::SurfaceState;
 
 namespace {
 
@@ -14,10 +13,7 @@ namespace {
 class BareServer : public testing::Test {
  protected:
   BareServer() {
-    SurfaceState state;
-    state.frame = kFrame;
-    state.visible = true;
-    surface_ = desktopMachine().backend().windows().makeSurface(sink_, state);
+    surface_ = desktopMachine().backend().windows().makeSurface(sink_, shownAt(kFrame));
     EXPECT_TRUE(desktopMachine().spin([&] { return sink_.paints > 0; }));
   }
   bool isShownAndReported(const Rect& frame) {

@@ -28,9 +28,7 @@ class Conformance : public testing::TestWithParam<const char*> {
   platform::port::LoopDriver& loop() { return backend().loop(); }
 
   std::unique_ptr<Surface> show(RecordingSink& sink, const Rect& frame, const std::string& title = "Window") {
-    SurfaceState state;
-    state.frame = frame;
-    state.visible = true;
+    SurfaceState state = shownAt(frame);
     state.title = title;
     auto surface = backend().windows().makeSurface(sink, state);
     EXPECT_TRUE(machine().spin([&] { return sink.paints > 0; })) << title << " was never painted";
@@ -49,9 +47,7 @@ INSTANTIATE_TEST_SUITE_P(, Conformance, testing::Values("Headless", "Desktop"),
 
 TEST_P(Conformance, AFrameThatIsSetIsShownOverTenRoundsOfHidingAndShowing) {
   RecordingSink sink;
-  SurfaceState state;
-  state.frame = {120, 140, 400, 300};
-  state.visible = true;
+  SurfaceState state = shownAt({120, 140, 400, 300});
   const auto surface = backend().windows().makeSurface(sink, state);
   for (int round = 0; round < 10; ++round) {
     SCOPED_TRACE(round);
@@ -91,9 +87,7 @@ TEST_P(Conformance, StackingPutsAWindowDirectlyAboveOrBelowAnother) {
 TEST_P(Conformance, ALevelAboveNormalLastsOverHidingAndShowing) {
   RecordingSink sink;
   const auto surface = show(sink, {100, 100, 300, 200});
-  SurfaceState state;
-  state.frame = {100, 100, 300, 200};
-  state.visible = true;
+  SurfaceState state = shownAt({100, 100, 300, 200});
   struct Step {
     const char* name;
     int level;
@@ -112,9 +106,7 @@ TEST_P(Conformance, ALevelAboveNormalLastsOverHidingAndShowing) {
 TEST_P(Conformance, OpacityAndTitleAreSeenFromOutside) {
   RecordingSink sink;
   const auto surface = show(sink, {100, 100, 300, 200});
-  SurfaceState state;
-  state.frame = {100, 100, 300, 200};
-  state.visible = true;
+  SurfaceState state = shownAt({100, 100, 300, 200});
   state.alpha = 0.5;
   state.title = "Changed";
   surface->apply(state);
@@ -257,6 +249,16 @@ TEST_P(Conformance, ANotificationFromAnotherProcessArrivesOnlyWhenObserved) {
   EXPECT_EQ(got[0].first, "mirelo_one");
   EXPECT_EQ(got[0].second, (platform::Dictionary{{"number", "둘"}}));
   broadcast->setReceiver(nullptr);
+}
+
+TEST(DesktopBus, WhatIsTooLargeTooDeepOrHasNoUtf8IsNotPosted) {
+  auto* broadcast = desktopMachine().backend().broadcast();
+  platform::Value deep("end");
+  for (int depth = 0; depth < 40; ++depth) deep = platform::Value(platform::Value::Array{deep});
+  EXPECT_FALSE(broadcast->post("mirelo_bad", "", {{"large", std::string(2 << 20, 'x')}}));
+  EXPECT_FALSE(broadcast->post("mirelo_bad", "", {{"deep", deep}}));
+  EXPECT_FALSE(broadcast->post("mirelo_bad", "", {{"bytes", "\xff\xfe"}}));
+  EXPECT_TRUE(broadcast->post("mirelo_good", "", {{"text", "한글"}, {"list", platform::Value::Array{1, true}}}));
 }
 
 }  // namespace

@@ -13,9 +13,7 @@ class DesktopInput : public testing::Test {
   static constexpr platform::Rect kFrame = {200, 200, 400, 300};
 
   DesktopInput() {
-    platform::port::SurfaceState state;
-    state.frame = kFrame;
-    state.visible = true;
+    platform::port::SurfaceState state = shownAt(kFrame);
     state.title = "Input";
     surface_ = desktopMachine().backend().windows().makeSurface(sink_, state);
     surface_->activate();

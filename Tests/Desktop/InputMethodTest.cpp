@@ -65,17 +65,6 @@ TEST_F(DesktopInputMethod, HangulComposesAndIsCommitted) {
       << "every key is shown to the model once, though the input method takes it: " << sink_.typed();
 }
 
-TEST_F(DesktopInputMethod, AReturnRightBehindTheKeysFindsTheWholeComposition) {
-  if (isFcitx()) GTEST_SKIP() << "fcitx tells what it composed a moment after it has answered";
-  std::u16string atReturn;
-  sink_.onKey = [&](const auto& key) {
-    if (key.down && key.keyCode == 36) atReturn = sink_.text + sink_.marked;
-  };
-  outside("xdotool key --delay 0 g k s r m f Return");
-  EXPECT_TRUE(soon([&] { return sink_.text == u"한글"; }));
-  EXPECT_EQ(atReturn, u"한글");
-}
-
 TEST_F(DesktopInputMethod, AnEndedCompositionIsNotCommittedOnceMore) {
   outside("xdotool key --delay 10 g k s");
   ASSERT_TRUE(soon([&] { return sink_.marked == u"한"; }));

@@ -23,6 +23,7 @@ TEST_F(DesktopInput, EachHardwareKeyArrivesOnceWithItsVirtualCodeAndModifiers) {
       {"Shift+a", "shift+38", 0, 0x20100, "A"},
       {"Control+Return", "ctrl+36", 36, 0x40100, "\r"},
       {"Option+Return", "alt+36", 36, 0x80100, "\r"},
+      {"Super+Shift+b", "super+shift+56", 11, 0x120100, "B"},
       {"Backspace", "22", 51, 0x100, "\x7f"},
       {"Left", "113", 123, 0xA00100, ""},
       {"Shift+Down", "shift+116", 125, 0xA20100, ""},

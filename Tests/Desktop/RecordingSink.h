@@ -20,8 +20,8 @@ class RecordingSink : public platform::port::SurfaceSink {
   void surfaceActivated(bool isActive) override { active = isActive; }
   void surfaceMinimised(bool isMinimised) override { minimised = isMinimised; }
   void surfaceZoomed(bool isZoomed) override { zoomed = isZoomed; }
-  void surfaceKeptAbove(bool above) override { keptAbove = above; }
-  void surfaceCloseRequested() override { ++closeRequests; }
+  void surfaceKeptAbove(bool) override {}
+  void surfaceCloseRequested() override {}
   void surfacePointer(const platform::port::PointerInput& input) override {
     pointers.push_back(input);
     if (onPointer) onPointer(input);
@@ -31,7 +31,7 @@ class RecordingSink : public platform::port::SurfaceSink {
     keys.push_back(input);
     if (onKey) onKey(input);
     using platform::port::KeyDisposition;
-    return hasText && !takesKeys ? KeyDisposition::inputMethod : KeyDisposition::handled;
+    return hasText ? KeyDisposition::inputMethod : KeyDisposition::handled;
   }
   void surfaceKeyAfterInputMethod(const platform::port::KeyInput& input) override {
     left.push_back(input);
@@ -45,15 +45,9 @@ class RecordingSink : public platform::port::SurfaceSink {
     if (!hasText) return std::nullopt;
     return platform::port::TextInputState{caret, text, text.size(), text.size()};
   }
-  bool surfaceDragMoved(const platform::port::Contents& contents, platform::Point location) override {
-    if (dragged.empty() || dragged.back() != location) dragged.push_back(location);
-    return onDragged && onDragged(contents);
-  }
-  void surfaceDragExited() override { ++dragExits; }
-  bool surfaceDropped(const platform::port::Contents& contents, platform::Point location) override {
-    dragged.push_back(location);
-    return onDropped && onDropped(contents);
-  }
+  bool surfaceDragMoved(const platform::port::Contents&, platform::Point) override { return false; }
+  void surfaceDragExited() override {}
+  bool surfaceDropped(const platform::port::Contents&, platform::Point) override { return false; }
 
   void insert(const std::u16string& more) {
     text += more;
@@ -74,19 +68,23 @@ class RecordingSink : public platform::port::SurfaceSink {
 
   int paints = 0;
   std::vector<platform::Rect> frames;
-  bool active = false, minimised = false, zoomed = false, keptAbove = false;
-  int closeRequests = 0;
+  bool active = false, minimised = false, zoomed = false;
   std::vector<platform::port::PointerInput> pointers;
   std::vector<platform::port::WheelInput> wheels;
   std::vector<platform::port::KeyInput> keys, left;
   std::function<void(const platform::port::KeyInput&)> onKey;
   std::function<void(const platform::port::PointerInput&)> onPointer;
-  std::vector<platform::Point> dragged;
-  int dragExits = 0;
-  std::function<bool(const platform::port::Contents&)> onDragged, onDropped;
-  bool hasText = false, takesKeys = false;
+  bool hasText = false;
   std::u16string text, marked;
   platform::Rect caret;
 };
+
+/// The state of a window that is on the screen.
+inline platform::port::SurfaceState shownAt(const platform::Rect& frame) {
+  platform::port::SurfaceState state;
+  state.frame = frame;
+  state.visible = true;
+  return state;
+}
 
 }  // namespace desktop_tests

@@ -33,11 +33,8 @@ TEST(DesktopScreens, AScreenThatIsCutInTwoIsReportedAndWhatIsOnItStays) {
   EXPECT_EQ(cut[1].frame, Rect(whole.width / 2, 0, whole.width / 2, whole.height));
   {
     RecordingSink sink;
-    platform::port::SurfaceState state;
-    state.frame = {cut[1].frame.x + 40, 50, 300, 200};
     const Rect seen = {whole.width / 2 + 40, 50, 300, 200};
-    state.visible = true;
-    const auto surface = windows.makeSurface(sink, state);
+    const auto surface = windows.makeSurface(sink, shownAt({cut[1].frame.x + 40, 50, 300, 200}));
     EXPECT_TRUE(machine.spin([&] { return machine.frameOf(surface->nativeHandle()) == seen; }));
     outside(fmt::format("xdotool mousemove {} {}", (seen.x + 60) * scale(), (whole.height - 110) * scale()));
     EXPECT_TRUE(machine.spin([&] { return windows.pointerLocation() == platform::Point(seen.x + 60, 110); }));
@@ -49,10 +46,7 @@ TEST(DesktopScreens, AScreenThatIsCutInTwoIsReportedAndWhatIsOnItStays) {
 
 TEST(DesktopScreens, ASurfaceIsPaintedWithAllPixelsOfItsScreen) {
   RecordingSink sink;
-  platform::port::SurfaceState state;
-  state.frame = {100, 100, 300, 200};
-  state.visible = true;
-  const auto surface = desktopMachine().backend().windows().makeSurface(sink, state);
+  const auto surface = desktopMachine().backend().windows().makeSurface(sink, shownAt({100, 100, 300, 200}));
   ASSERT_TRUE(desktopMachine().spin([&] { return sink.paints > 0; }));
   const auto bitmap = surface->snapshot();
   ASSERT_TRUE(bitmap);

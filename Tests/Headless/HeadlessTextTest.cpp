@@ -1,6 +1,5 @@
 #include "Backends/Headless/HeadlessText.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -12,16 +11,11 @@ namespace {
 using platform::port::TextOptions;
 using platform::port::TextRun;
 using platform::port::Wrapping;
-using testing::ElementsAre;
-
-std::shared_ptr<const platform::port::TextLayout> layout(const std::u16string& text, const TextOptions& options = {}) {
-  const TextRun run{.start = 0, .length = text.size(), .font = {.size = 10}, .color = {}, .underlined = false};
-  return HeadlessText().layout(text, std::span(&run, 1), options);
-}
 
 std::vector<std::u16string> linesOf(const std::u16string& text, const TextOptions& options) {
+  const TextRun run{.start = 0, .length = text.size(), .font = {.size = 10}, .color = {}, .underlined = false};
   std::vector<std::u16string> lines;
-  const auto laidOut = layout(text, options);
+  const auto laidOut = HeadlessText().layout(text, std::span(&run, 1), options);
   for (const auto& line : laidOut->lines()) lines.push_back(text.substr(line.start, line.length));
   return lines;
 }
@@ -48,18 +42,6 @@ TEST(HeadlessText, LinesBreakWhereTheOptionsSay) {
       {"fits", u"abcd", {.width = 20, .elided = true}, {u"abcd"}},
   };
   for (const auto& row : rows) EXPECT_EQ(linesOf(row.text, row.options), row.lines) << row.name;
-}
-
-TEST(HeadlessText, CaretsStandBetweenCharacters) {
-  const auto text = layout(u"a한e\u0301😀");
-  std::vector<double> carets;
-  for (std::size_t at = 0; at <= 6; ++at) carets.push_back(text->caretX(0, at));
-  EXPECT_THAT(carets, ElementsAre(0, 5, 15, 20, 20, 30, 30));
-  const struct {
-    double x;
-    std::size_t offset;
-  } rows[] = {{-5, 0}, {2, 0}, {4, 1}, {11, 2}, {19, 4}, {24, 4}, {26, 6}, {99, 6}};
-  for (const auto& row : rows) EXPECT_EQ(text->offsetAt(0, row.x), row.offset) << row.x;
 }
 
 }  // namespace

@@ -148,14 +148,6 @@ TEST(Selector, EqualTextIsTheSameSelector) {
   EXPECT_FALSE(Selector("setTitle:") == Selector("setTitle"));
 }
 
-TEST(AttachedValues, KeysOfOneTypeAreKeptApart) {
-  const AttachedKey<int> width{5}, height{6};
-  AttachedValues values;
-  values.set(width, 50);
-  EXPECT_EQ(values.get(width), 50);
-  EXPECT_EQ(values.get(height), 6);
-}
-
 TEST(AttachedValues, AValueMaySetItselfAndOthersWhileItGoes) {
   struct AtEnd {
     std::function<void()> action;

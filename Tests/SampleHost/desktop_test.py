@@ -127,14 +127,6 @@ class Window(DesktopCase):
                 self.assertAlmostEqual(at["x"], place[0] * 100 / 77, delta=0.01)
                 self.assertAlmostEqual(at["y"], place[1] * 100 / 77, delta=0.01)
 
-    def test_frame_in_is_frame_out(self):
-        for number in range(10):
-            frame = rect(60 + 31 * number, 50 + 7 * number, 420 + 13 * number, 480 + 5 * number)
-            with self.subTest(number):
-                self.host.desktop("setFrame", "main", frame)
-                self.host.until(lambda: self.geometry() == frame, f"X shows {frame}, not {self.geometry()}")
-                self.assertEqual(self.host.call("window:main", "nsWindowFrame"), frame)
-
     def test_what_only_a_simulated_user_can_do_is_refused(self):
         for call, arguments in (("text", ["a"]), ("advance", [1]), ("markedText", ["가"])):
             with self.subTest(call), self.assertRaisesRegex(Refused, "tool from outside"):

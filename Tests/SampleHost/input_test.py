@@ -1,7 +1,6 @@
 """The search field, keys and the user's presence on a real X server, seen and driven by outside programs. Run it under
 scripts/private-desktop --wm openbox --ime ibus."""
 
-import ctypes
 import os
 import select
 import tempfile
@@ -12,34 +11,9 @@ from bus_service import Bus, Service
 from console_client import keys, rect, run
 from host_case import HostCase, screen_size
 from x_power import OFF, ON, PowerServer
+from x_windows import XServer
 
 FRAME = rect(200, 160, 300, 300)
-
-
-class ScreenSaverInfo(ctypes.Structure):
-    _fields_ = [("window", ctypes.c_ulong), ("state", ctypes.c_int), ("kind", ctypes.c_int),
-                ("til_or_since", ctypes.c_ulong), ("idle", ctypes.c_ulong), ("mask", ctypes.c_ulong)]
-
-
-class IdleReader:
-    """Seconds without input, as the X server tells anybody."""
-
-    def __init__(self):
-        self.x, self.saver = ctypes.CDLL("libX11.so.6"), ctypes.CDLL("libXss.so.1")
-        self.x.XOpenDisplay.restype = ctypes.c_void_p
-        self.x.XDefaultRootWindow.restype = ctypes.c_ulong
-        self.x.XDefaultRootWindow.argtypes = self.x.XCloseDisplay.argtypes = [ctypes.c_void_p]
-        self.saver.XScreenSaverQueryInfo.argtypes = [ctypes.c_void_p, ctypes.c_ulong, ctypes.c_void_p]
-        self.display = self.x.XOpenDisplay(None)
-
-    def read(self):
-        info = ScreenSaverInfo()
-        assert self.saver.XScreenSaverQueryInfo(self.display, self.x.XDefaultRootWindow(self.display),
-                                                ctypes.byref(info))
-        return info.idle / 1000
-
-    def close(self):
-        self.x.XCloseDisplay(self.display)
 
 
 class InputCase(HostCase):
@@ -121,22 +95,6 @@ class Search(InputCase):
         self.assertNotEqual(self.read("firstResponder"), "Editor")
         self.assertEqual([args for args in self.told("handleFunctionKey") if args[0] == 53], [[53, [], 0]])
 
-    def test_keys_reach_the_host_with_their_modifiers(self):
-        for key, expected in (("a", [0, []]), ("shift+a", [0, [65536]]), ("alt+F2", [120, [131072]]),
-                              ("super+shift+b", [11, [65536, 262144]]), ("ctrl+shift+c", [8, [65536]])):
-            with self.subTest(key):
-                before = len(self.told("handleFunctionKey"))
-                keys(key)
-                code = expected[0]
-
-                def both():
-                    new = [args for args in self.told("handleFunctionKey")[before:] if args[0] == code]
-                    return new if len(new) == 2 else None
-
-                down, up = self.host.until(both, f"{key} goes down and up")
-                self.assertEqual(down, [*expected, 0])
-                self.assertEqual((up[0], up[2]), (code, 1))
-
 
 class Presence(InputCase):
     def setUp(self):
@@ -145,7 +103,7 @@ class Presence(InputCase):
         self.bus, self.system = Bus(self.folder.name), Bus(self.folder.name, "system")
         self.addCleanup(self.bus.kill)
         self.addCleanup(self.system.kill)
-        self.reader = IdleReader()
+        self.reader = XServer()
         self.addCleanup(self.reader.close)
 
     def start_here(self, environment=None):
@@ -165,10 +123,10 @@ class Presence(InputCase):
         self.host.until(lambda: self.screens() == list(codes), lambda: f"{list(codes)} is told, not {self.screens()}")
 
     def expect_idle_time_of_the_server(self):
-        before = self.reader.read()
+        before = self.reader.idle_time()
         told = self.host.desktop("idleTime")
         self.assertLessEqual(before - 0.002, told)
-        self.assertLessEqual(told, self.reader.read() + 0.002)
+        self.assertLessEqual(told, self.reader.idle_time() + 0.002)
 
     def test_idle_time_is_the_servers_and_activity_is_told(self):
         self.start_here()
@@ -181,10 +139,10 @@ class Presence(InputCase):
             return self.told("notifyUserInteraction")[count:]
 
         self.assertEqual(self.host.until(told_again, "activity is told")[0], [2])
-        self.host.until(lambda: self.reader.read() > 1.5, "the user is idle")
+        self.host.until(lambda: self.reader.idle_time() > 1.5, "the user is idle")
         self.expect_idle_time_of_the_server()
         count = len(self.told("notifyUserInteraction"))
-        self.host.until(lambda: self.reader.read() > 4, "and stays so")
+        self.host.until(lambda: self.reader.idle_time() > 4, "and stays so")
         self.assertEqual(len(self.told("notifyUserInteraction")), count)
 
     def test_the_servers_own_screen_saver(self):

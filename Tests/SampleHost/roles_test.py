@@ -79,6 +79,9 @@ class RolesCase(HostCase):
         words = run("xprop", "-root", name).replace(",", " ").split()
         return [int(word, 16) for word in words if word.startswith("0x")]
 
+    def active(self):
+        return next(iter(self.listed("_NET_ACTIVE_WINDOW")), None)
+
     def has_state(self, handle, state):
         return f"_NET_WM_STATE_{state}" in run("xprop", "-id", handle, "_NET_WM_STATE")
 
@@ -147,6 +150,7 @@ class Children(RolesCase):
             for handle in (self.main, *self.family.values()):
                 self.until(lambda h=handle: self.is_mapped(h), "all are back")
             self.until(lambda: self.offsets() == self.expected and self.place(self.main) == start, "in their places")
+            self.until(lambda: self.active() == self.main, "it is active, so that nothing of its return is still to come")
         run("xdotool", "windowminimize", self.main)
         for name, handle in {"main": self.main, **self.family}.items():
             self.until(lambda n=name, h=handle: not self.is_mapped(h) and not self.read("visible", n), f"{name} goes too")
@@ -259,9 +263,6 @@ class Sheet(RolesCase):
         self.sheet = self.open(name, rect(0, 0, 240, 120))
         self.host.call(f"window:{name}", "convertAsSheetWindowWithParentWindowHelper", "window:main")
         self.until(lambda: self.is_mapped(self.sheet), "it is shown")
-
-    def active(self):
-        return next(iter(self.listed("_NET_ACTIVE_WINDOW")), None)
 
     def below_title_bar(self):
         x, y = self.place(self.main)

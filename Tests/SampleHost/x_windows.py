@@ -1,4 +1,4 @@
-"""What the X server knows of windows, read over a connection of its own."""
+"""What the X server knows of windows and of its user, read over a connection of its own."""
 
 import ctypes
 
@@ -29,6 +29,11 @@ class WindowAttributes(ctypes.Structure):
                 ("map_installed", ctypes.c_int), ("map_state", ctypes.c_int), ("all_event_masks", ctypes.c_long),
                 ("your_event_mask", ctypes.c_long), ("do_not_propagate_mask", ctypes.c_long),
                 ("override_redirect", ctypes.c_int), ("screen", ctypes.c_void_p)]
+
+
+class ScreenSaverInfo(ctypes.Structure):
+    _fields_ = [("window", ctypes.c_ulong), ("state", ctypes.c_int), ("kind", ctypes.c_int),
+                ("til_or_since", ctypes.c_ulong), ("idle", ctypes.c_ulong), ("mask", ctypes.c_ulong)]
 
 
 class Event(ctypes.Union):
@@ -76,6 +81,12 @@ class XServer:
         window, revert = ctypes.c_ulong(), ctypes.c_int()
         self.x11.XGetInputFocus(self.display, ctypes.byref(window), ctypes.byref(revert))
         return window.value
+
+    def idle_time(self):
+        """Seconds without input, as anybody is told."""
+        info = ScreenSaverInfo()
+        assert ctypes.CDLL("libXss.so.1").XScreenSaverQueryInfo(self.display, self.root, ctypes.byref(info))
+        return info.idle / 1000
 
     def top_level(self, window):
         """The window manager's frame around the window, or the window itself where there is none."""

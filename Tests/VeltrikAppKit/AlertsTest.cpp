@@ -50,22 +50,14 @@ TEST_F(AlertsTest, TheConfirmButtonAloneHasTheBlockCalled) {
     std::function<void()> act;
     int confirmed;
   };
-  const auto press = [this](std::uint16_t code) { return [this, code] { desktop.user().key(code); }; };
+  const auto press = [this](std::vector<std::uint16_t> codes) {
+    return [this, codes] { std::ranges::for_each(codes, [this](auto code) { desktop.user().key(code); }); };
+  };
   const Row rows[] = {
-      {"confirm", "취소", press(kReturn), 1},
-      {"cancel", "취소", press(kEscape), 0},
-      {"an empty title makes no second button", "",
-       [&] {
-         desktop.user().key(kEscape);
-         desktop.user().key(kReturn);
-       },
-       1},
-      {"no title makes none either", std::nullopt,
-       [&] {
-         desktop.user().key(kEscape);
-         desktop.user().key(kReturn);
-       },
-       1},
+      {"confirm", "취소", press({kReturn}), 1},
+      {"cancel", "취소", press({kEscape}), 0},
+      {"an empty title makes no second button", "", press({kEscape, kReturn}), 1},
+      {"no title makes none either", std::nullopt, press({kEscape, kReturn}), 1},
       {"closed in another way", "취소", [] { key()->close(); }, 0},
   };
   const auto main = show("main");

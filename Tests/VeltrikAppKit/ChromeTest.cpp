@@ -40,15 +40,6 @@ TEST_F(ChromeTest, TheRectangleRuleHoldsBothWays) {
   }
 }
 
-TEST_F(ChromeTest, ABoundWindowsContentCoversItsFrameUnlessItsTitleBarIsPainted) {
-  const auto plain = show("plain");
-  EXPECT_EQ(plain.native->contentView()->frame().size(), plain.native->frame().size());
-  const auto painted = std::make_shared<TestHostWindow>("painted");
-  painted->titleColor = platform::Color{};
-  const auto bound = show(painted);
-  EXPECT_EQ(bound.native->contentView()->frame().height, bound.native->frame().height - 29);
-}
-
 TEST_F(ChromeTest, TheCloseButtonHidesAndShowsWhereThereIsOne) {
   const auto bound = show("main");
   for (const bool isHidden : {true, false}) {

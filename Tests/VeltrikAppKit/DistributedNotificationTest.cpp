@@ -46,12 +46,5 @@ TEST_F(DistributedNotificationTest, APostReachesOthersAndOwnObserversAndIsLogged
               ElementsAre(headless::BroadcastMessage{"mirelo_parentWindowWillClose", "", {{"parentID", "main"}}}));
 }
 
-TEST_F(DistributedNotificationTest, WithoutABusThePostIsLoggedAndTheProcessRunsOn) {
-  desktop.faults().broadcastDown = true;
-  log.clear();
-  post({}, Case::mireloAppBecomeActive);
-  EXPECT_THAT(log, Contains("WebView >>>> pos mirelo_mireloAppBecomeActive userInfo: [:]"));
-}
-
 }  // namespace
 }  // namespace veltrik

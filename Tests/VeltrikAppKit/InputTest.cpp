@@ -180,20 +180,6 @@ TEST_F(InputTest, AfterTheEndOnlyTheIdleTimerGoesOn) {
   EXPECT_EQ(interactions(), 1U);
 }
 
-TEST_F(InputTest, AHostThatLetsGoOfEverythingInsideACallIsSafe) {
-  const auto window = show("main");
-  const std::weak_ptr<TestHost> watched = host;
-  host->reactions["handleFunctionKey"] = [&] {
-    appKit->applicationWillTerminate();
-    appKit.reset();
-    host.reset();
-    window.native->close();
-  };
-  desktop.user().key(0, "a");
-  EXPECT_TRUE(window.native->isClosed());
-  EXPECT_TRUE(watched.expired());
-}
-
 TEST_F(InputTest, TheUserIsActiveWhileTheIdleTimeIsBelowASecond) {
   struct Row {
     const char* name;

@@ -7,7 +7,6 @@ namespace veltrik {
 namespace {
 
 using platform::URL;
-using platform::port::FilePanelRequest;
 using testing::HasSubstr;
 
 namespace fs = std::filesystem;
@@ -170,19 +169,6 @@ TEST_F(PanelsTest, AModalPanelInsideAnotherEndsAlone) {
   });
   openPanel();
   EXPECT_THAT(told, ElementsAre("/outer"));
-}
-
-TEST(PanelsOnABareMachine, AreLeftAtOnce) {
-  LogCapture capture;
-  headless::HeadlessBackend desktop({.hasShell = false});
-  platform::Session session(desktop);
-  const auto appKit = VeltrikAppKit::make();
-  std::vector<std::string> told;
-  appKit->showOpenPanelWithCompletion([&](const auto&) { told.push_back("opened"); });
-  appKit->showSavePanel("a", std::nullopt, [&](const auto& place) { told.push_back(place ? "saved" : "nothing"); });
-  desktop.settle();
-  EXPECT_THAT(told, ElementsAre("nothing"));
-  EXPECT_THAT(capture.lines, testing::Each(HasSubstr("this machine has none")));
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ TEST_F(PasteAndDropTest, FilesArePastedAsTheirLocations) {
       {"a file and a page", {{"text/uri-list", "file:///a\r\nhttps://b/\r\n"}}, {"/a", "https://b/"}},
       {"a file manager's own", {{"x-special/gnome-copied-files", "copy\nfile:///a\nfile:///b"}}, {"/a", "/b"}},
       {"a page alone", {{"text/uri-list", "https://b/"}, {"text/plain", "https://b/"}}, {}},
-      {"text", {{"text/plain;charset=utf-8", "/home/a"}}, {}},
+      {"text", {{"text/plain;charset=utf-8", "file:///home/a"}}, {}},
       {"nothing", {}, {}},
       {"a damaged picture", {{"image/png", "\x89PNG"}}, {}},
       {"files before pictures", {{"text/uri-list", "file:///a.png"}, {"image/bmp", pixel(1, 2, 3)}}, {"/a.png"}},

@@ -1,4 +1,3 @@
-#include "Platform/AppKit/NSWindowController.h"
 #include "Platform/Foundation/Geometry.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 
@@ -28,13 +27,18 @@ class RolesTest : public PluginTest {
     bound.native->makeKeyAndOrderFront(nullptr);
     desktop.settle();
   }
-  /// A popover of 100 x 80 host points, shown and faded in.
-  BoundWindow showPopover(const BoundWindow& parent, const std::string& id = "popover") {
-    const auto hostWindow = std::make_shared<TestHostWindow>(id);
+  /// A popover of 100 x 80 host points, just shown.
+  BoundWindow beginPopover(const BoundWindow& parent) {
+    const auto hostWindow = std::make_shared<TestHostWindow>("popover");
     hostWindow->bounds = {0, 0, 100, 80};
     hostWindow->popover = PopoverWindowDescription{Rect{10, 20, 100, 80}, parent.helper(), std::nullopt};
     const auto bound = bindAt(hostWindow, {0, 0, 100, 80});
     shown(bound);
+    return bound;
+  }
+  /// One that has faded in.
+  BoundWindow showPopover(const BoundWindow& parent) {
+    const auto bound = beginPopover(parent);
     desktop.advance(0.5);
     return bound;
   }
@@ -79,11 +83,7 @@ TEST_F(RolesTest, APopoverGoesWhereItsDescriptionSays) {
 
 TEST_F(RolesTest, APopoverIsABorderlessSurfaceThatFadesIn) {
   const auto main = showAt("main", {200, 200, 400, 300});
-  const auto hostWindow = std::make_shared<TestHostWindow>("popover");
-  hostWindow->bounds = {0, 0, 100, 80};
-  hostWindow->popover = PopoverWindowDescription{Rect{10, 20, 100, 80}, main.helper(), std::nullopt};
-  const auto popover = bindAt(hostWindow, {0, 0, 100, 80});
-  shown(popover);
+  const auto popover = beginPopover(main);
   EXPECT_EQ(popover.helper()->alpha(), 0);
   desktop.advance(0.15);
   EXPECT_NEAR(popover.helper()->alpha(), 0.5, 0.1);
@@ -271,6 +271,9 @@ TEST_F(RolesTest, ASheetHangsBelowTheTopOfItsParent) {
     EXPECT_FALSE(parent.native->isTitleHidden());
     EXPECT_TRUE(sheet.helper()->isKeyNSWindow());
     sheet.helper()->closeSheetWindow();
+    EXPECT_TRUE(parent.native->titlebarAppearsTransparent());
+    EXPECT_TRUE(parent.native->isTitleHidden());
+    EXPECT_TRUE(sheet.host->was("windowWillClose"));
     main.helper()->closeWindow();
     EXPECT_TRUE(sheet.native->isClosed());
   }
@@ -286,40 +289,6 @@ TEST_F(RolesTest, ASheetSlidesIn) {
   EXPECT_NEAR(surfaceOf(*sheet.native).state().revealed, 0.5, 0.1);
   desktop.advance(0.1);
   EXPECT_EQ(surfaceOf(*sheet.native).state().revealed, 1);
-}
-
-TEST_F(RolesTest, ASheetEndsByWhateverTheHostCalls) {
-  struct Row {
-    const char* name;
-    void (*end)(VeltrikAppKitWindowHelperProtocol& parent, VeltrikAppKitWindowHelperProtocol& sheet);
-    bool sheetCloses;
-    bool parentCloses;
-  };
-  using Helper = VeltrikAppKitWindowHelperProtocol;
-  const Row rows[] = {
-      {"closeSheetWindow", [](Helper&, Helper& sheet) { sheet.closeSheetWindow(); }, true, false},
-      {"closeChildAlert", [](Helper& parent, Helper&) { parent.closeChildAlert(); }, true, false},
-      {"closeWindow of the sheet", [](Helper&, Helper& sheet) { sheet.closeWindow(); }, true, false},
-      {"closeWindow of the parent", [](Helper& parent, Helper&) { parent.closeWindow(); }, false, true},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto main = show("main"), sheet = show("sheet");
-    sheet.helper()->convertAsSheetWindowWithParentWindowHelper(main.helper());
-    row.end(*main.helper(), *sheet.helper());
-    desktop.settle();
-    EXPECT_EQ(sheet.native->isClosed(), row.sheetCloses);
-    EXPECT_FALSE(sheet.native->isVisible());
-    EXPECT_EQ(main.native->isClosed(), row.parentCloses);
-    EXPECT_EQ(sheet.host->was("windowWillClose"), row.sheetCloses);
-    if (!row.parentCloses) {
-      EXPECT_TRUE(main.native->titlebarAppearsTransparent());
-      EXPECT_TRUE(main.native->isTitleHidden());
-      EXPECT_TRUE(main.helper()->isKeyNSWindow());
-    }
-    main.native->close();
-    sheet.native->close();
-  }
 }
 
 TEST_F(RolesTest, WithoutASheetNothingEnds) {
@@ -372,23 +341,6 @@ TEST_F(RolesTest, AWindowIsKeptOnItsScreen) {
   main.native->setFrame({2100, 200, 300, 200}, true);
   main.helper()->updateFrameIfNeeded();
   EXPECT_EQ(main.helper()->nsWindowFrame(), Rect(1940, 200, 300, 200)) << "on another screen";
-}
-
-TEST_F(RolesTest, AFrameSurvivesAnyNumberOfRestores) {
-  const Rect frame{211, 133, 457, 391};
-  for (int run = 0; run < 10; ++run) {
-    const auto hostWindow = std::make_shared<TestHostWindow>("chat");
-    hostWindow->autosaveName = "Chat";
-    const auto chat = bind(hostWindow);
-    const auto controller = std::make_shared<platform::NSWindowController>(chat.native);
-    chat.native->setWindowController(controller);
-    chat.native->makeKeyAndOrderFront(nullptr);
-    desktop.settle();
-    EXPECT_TRUE(hostWindow->was("windowDidResizeByAutoSavedFrame"));
-    if (run == 0) chat.native->setFrame(frame, true);
-    EXPECT_EQ(chat.native->frame(), frame) << run;
-    chat.helper()->closeWindow();
-  }
 }
 
 }  // namespace

@@ -139,19 +139,5 @@ TEST_F(StatusBarItemTest, WithoutAnImageOfTheNameThePlaceIsEmpty) {
   EXPECT_TRUE(shown(1).pictures.empty());
 }
 
-TEST(NoStatusBarTest, WithoutAStatusBarAnItemWorksUnseen) {
-  const LogCapture capture;
-  headless::HeadlessBackend desktop({.hasShell = false});
-  const platform::Session session(desktop);
-  const auto appKit = VeltrikAppKit::make();
-  const auto item = appKit->createStatusBarItemWithImageName("any");
-  ASSERT_TRUE(item);
-  item->addMenuItemWithTitle("line", 1, "", [] {});
-  item->addSeparator();
-  item->updateStatusBarItemEnabled(false, 1);
-  item->updateStatusBarItemWithImageName("other");
-  desktop.settle();
-}
-
 }  // namespace
 }  // namespace veltrik

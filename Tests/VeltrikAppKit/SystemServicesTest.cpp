@@ -5,6 +5,7 @@
 #include "Platform/Foundation/LoginItem.h"
 #include "Tests/ScratchFolder.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
+#include "VeltrikAppKit/Protocols/VeltrikStatusBarItemProtocol.h"
 
 namespace veltrik {
 namespace {
@@ -141,8 +142,8 @@ TEST_F(SystemServicesTest, AFileTypeHasTheThemesIconOrOneOfOurs) {
   EXPECT_EQ(appKit->fileIconForType("pdf")->scale, 2);
 }
 
-TEST(NoShellTest, WithoutADesktopShellNothingHappensAndTheIconIsOurs) {
-  const LogCapture capture;
+TEST(NoShellTest, WithoutADesktopShellNothingHappensPanelsAreLeftAndTheIconIsOurs) {
+  LogCapture capture;
   headless::HeadlessBackend desktop({.hasShell = false});
   const platform::Session session(desktop);
   const auto appKit = VeltrikAppKit::make();
@@ -153,6 +154,21 @@ TEST(NoShellTest, WithoutADesktopShellNothingHappensAndTheIconIsOurs) {
             (std::vector<std::string>{"file:///tmp/a can't be opened: this desktop has no programs for it",
                                       "file:///tmp/a can't be shown: this desktop has no programs for it"}));
   EXPECT_TRUE(appKit->fileIconForType("pdf"));
+
+  const auto item = appKit->createStatusBarItemWithImageName("any");
+  ASSERT_TRUE(item);
+  item->addMenuItemWithTitle("line", 1, "", [] {});
+  item->addSeparator();
+  item->updateStatusBarItemEnabled(false, 1);
+  item->updateStatusBarItemWithImageName("other");
+
+  capture.lines.clear();
+  std::vector<std::string> told;
+  appKit->showOpenPanelWithCompletion([&](const auto&) { told.push_back("opened"); });
+  appKit->showSavePanel("a", std::nullopt, [&](const auto& place) { told.push_back(place ? "saved" : "nothing"); });
+  desktop.settle();
+  EXPECT_THAT(told, ElementsAre("nothing"));
+  EXPECT_THAT(capture.lines, testing::Each(testing::HasSubstr("this machine has none")));
 }
 
 }  // namespace

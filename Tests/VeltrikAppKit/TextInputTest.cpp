@@ -22,11 +22,7 @@ TEST_P(TextInputKinds, AreMadeForOneKindOfInput) {
   EXPECT_FALSE(input->hasHorizontalScroller());
   EXPECT_FALSE(input->drawsBackground());
   EXPECT_EQ(input->verticalScroller()->scrollerStyle(), platform::ScrollerStyle::overlay);
-  EXPECT_EQ(input->documentView(), input->textView());
-  EXPECT_EQ(text().canKeyDownOverriding(), isConversation);
-  EXPECT_FALSE(text().canResignFirstResponder());
   EXPECT_FALSE(text().isRichText());
-  EXPECT_TRUE(text().allowsUndo());
   EXPECT_FALSE(text().drawsBackground());
   EXPECT_EQ(text().backgroundColor(), (platform::Color{1, 0, 0, 1}));
   EXPECT_EQ(text().textContainer().lineBreakMode, platform::LineBreakMode::byCharWrapping);
@@ -246,6 +242,38 @@ TEST_F(TextInputConversation, ReturnInAPlainCompositionSendsOnceAndHasTheWholeTe
   EXPECT_EQ(sent, "a한");
   EXPECT_EQ(string(), u"");
   EXPECT_EQ(inputMethod().preedit(), u"");
+}
+
+// What a step brings back of the text is the random walk's to check, in TextInputModelTest.
+class TextInputUndo : public TextInputFixture {
+ protected:
+  void undo() { key(KeyCode::kZ, "z", ModifierFlag::kControl); }
+};
+
+TEST_F(TextInputUndo, OfATextSetBeforeAnyEditRestoresAnEmptyText) {
+  text().setAttributedText(platform::NSAttributedString(u"set"));
+  undo();
+  EXPECT_EQ(string(), u"");
+  type("a");
+  EXPECT_EQ(text().textStorage().attributesAt(0), text().defaultAttributes());
+}
+
+TEST_F(TextInputUndo, StepsDoNotAskWhetherTheTextIsEditable) {
+  type("ab");
+  text().setTextEditable(false);
+  host->take();
+  text().undoManager().undo();
+  EXPECT_EQ(string(), u"a");
+  EXPECT_EQ(host->take(), std::vector<std::string>{"changed 'a'"});
+}
+
+TEST_F(TextInputUndo, KeepsAttributes) {
+  platform::NSAttributedString colored(u"name", text().defaultAttributes());
+  colored.setAttributes({0, 2}, {{platform::kForegroundColorAttribute, platform::Color{1, 0, 0, 1}}});
+  text().setAttributedText(colored);
+  type("x");
+  undo();
+  EXPECT_EQ(text().attributedText(), colored);
 }
 
 }  // namespace

@@ -232,32 +232,22 @@ TEST_F(WebViewTest, OneThatRunsIsNotStartedAgainAndEndsWithTheHost) {
   EXPECT_FALSE(appKit->hasActiveWebView());
 }
 
-struct ParametersRow {
-  const char* name;
-  Dictionary options;
-  const char* key;
-  Value value;
-};
-
-class ParametersTest : public testing::TestWithParam<ParametersRow> {};
-
-TEST_P(ParametersTest, AreTheRequestAndItsOptions) {
-  const WebViewRequest request{"address", "", "agent", GetParam().options};
-  EXPECT_EQ(request.pageParameters().at(GetParam().key), GetParam().value);
+TEST(WebViewParameters, AreTheRequestAndItsOptions) {
+  struct Row {
+    Dictionary options;
+    const char* key;
+    Value value;
+  };
+  for (const Row& row : {Row{{{"windowSize", "small"}}, "windowSize", "{360, 660}"},
+                         Row{{{"windowSize", "medium"}}, "windowSize", "{640, 660}"},
+                         Row{{{"windowSize", "large"}}, "windowSize", "{900, 660}"},
+                         Row{{{"windowSize", "Medium"}}, "windowSize", "{420, 680}"},
+                         Row{{{"windowSize", ""}}, "windowSize", "{420, 680}"},
+                         Row{{{"windowSize", 3}}, "windowSize", 3}, Row{{{"size", "medium"}}, "size", "medium"},
+                         Row{{}, "customHeader", ""}, Row{{{"url", "other"}}, "url", "other"}})
+    EXPECT_EQ((WebViewRequest{"address", "", "agent", row.options}.pageParameters().at(row.key)), row.value)
+        << platform::jsonText(row.options);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, ParametersTest,
-    testing::Values(ParametersRow{"Small", {{"windowSize", "small"}}, "windowSize", "{360, 660}"},
-                    ParametersRow{"Medium", {{"windowSize", "medium"}}, "windowSize", "{640, 660}"},
-                    ParametersRow{"Large", {{"windowSize", "large"}}, "windowSize", "{900, 660}"},
-                    ParametersRow{"OtherCase", {{"windowSize", "Medium"}}, "windowSize", "{420, 680}"},
-                    ParametersRow{"NoText", {{"windowSize", ""}}, "windowSize", "{420, 680}"},
-                    ParametersRow{"Number", {{"windowSize", 3}}, "windowSize", 3},
-                    ParametersRow{"OtherKey", {{"size", "medium"}}, "size", "medium"},
-                    ParametersRow{"MissingHeader", {}, "customHeader", ""},
-                    ParametersRow{"OptionOverURL", {{"url", "other"}}, "url", "other"}),
-    [](const auto& row) { return row.param.name; });
 
 }  // namespace
 }  // namespace veltrik

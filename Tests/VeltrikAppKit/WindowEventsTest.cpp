@@ -31,6 +31,9 @@ TEST_F(WindowEventsTest, KeyAndMainChangesAreTold) {
   const auto second = show("second");
   first.host->takeCalls();
   first.helper()->becomeFirstWindow();
+  EXPECT_TRUE(first.helper()->isKeyNSWindow() && first.helper()->isMainNSWindow());
+  EXPECT_FALSE(second.helper()->isKeyNSWindow() || second.helper()->isMainNSWindow());
+  EXPECT_FALSE(first.helper()->hasChildWindow() || first.helper()->isSheetWindow());
   EXPECT_THAT(first.host->calls, testing::UnorderedElementsAre("windowDidBecomeMain", "windowDidBecomeKey"));
   EXPECT_THAT(second.host->calls, testing::UnorderedElementsAre("windowDidResignMain", "windowDidResignKey"));
 }

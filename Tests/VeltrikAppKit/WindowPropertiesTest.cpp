@@ -30,19 +30,6 @@ TEST_F(WindowPropertiesTest, OnlyTheFloatingLevelIsAlwaysOnTop) {
   EXPECT_EQ(bound.native->level(), 0);
 }
 
-TEST_F(WindowPropertiesTest, KeyMainAndChildrenAreTheWindowsOwn) {
-  const auto first = show("first");
-  const auto second = show("second");
-  EXPECT_FALSE(first.helper()->isKeyNSWindow());
-  EXPECT_FALSE(first.helper()->isMainNSWindow());
-  EXPECT_TRUE(second.helper()->isKeyNSWindow());
-  EXPECT_TRUE(second.helper()->isMainNSWindow());
-  EXPECT_FALSE(first.helper()->hasChildWindow());
-  first.native->addChildWindow(second.native, platform::WindowOrdering::above);
-  EXPECT_TRUE(first.helper()->hasChildWindow());
-  EXPECT_FALSE(first.helper()->isSheetWindow());
-}
-
 TEST_F(WindowPropertiesTest, CapsLockIsThatOfTheCurrentEvent) {
   const auto bound = show("main");
   desktop.user().key(platform::KeyCode::kA, "a", platform::ModifierFlag::kShift);

@@ -12,7 +12,6 @@
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/Bundle.h"
 #include "Platform/Foundation/Session.h"
-#include "VeltrikAppKit/Protocols/CFDateGetIdleTimeInterval.h"
 #include "VeltrikAppKit/Protocols/VeltrikAppKitEntry.h"
 #include "VeltrikAppKit/Protocols/VeltrikAppKitSearchField.h"
 #include "VeltrikAppKit/Protocols/VeltrikAppKitWindowHelperProtocol.h"
@@ -51,15 +50,6 @@ TEST_F(BundleTest, GivesAPrincipalObjectThatBindsWindows) {
   EXPECT_EQ(window->title(), "");
 }
 
-TEST_F(BundleTest, ASecondPrincipalObjectLeavesTheFirstOnesExchangeAsItIs) {
-  const auto first = createVeltrikAppKit(*bundle);
-  const auto second = createVeltrikAppKit(*bundle);
-  int calls = 0;
-  first->bindNSWindowWithUIWindowID("main", [&](const auto&) { ++calls; });
-  NSWindow::make({100, 100, 400, 300}, platform::StyleMask::kTitled)->setTitle("main");
-  EXPECT_EQ(calls, 1);
-}
-
 TEST_F(BundleTest, AnEntryAskedForAnotherVersionCreatesNothing) {
   ASSERT_TRUE(bundle->load());
   const auto create = reinterpret_cast<VeltrikAppKitCreateFunction*>(bundle->symbol(kVeltrikAppKitCreateSymbol));
@@ -87,15 +77,6 @@ TEST_F(BundleTest, ItsSearchFieldHasItsPicturesSharpAtEveryScale) {
     EXPECT_EQ(image->size(), (platform::Size{16, 16}));
     for (const int scale : {1, 2, 3}) EXPECT_EQ(image->bestRepresentation(scale)->width, 16 * scale);
   }
-}
-
-TEST_F(BundleTest, TellsTheIdleTimeOfTheSession) {
-  ASSERT_TRUE(bundle->load());
-  const auto read =
-      reinterpret_cast<CFDateGetIdleTimeIntervalFunction*>(bundle->symbol(kCFDateGetIdleTimeIntervalSymbol));
-  ASSERT_TRUE(read);
-  desktop.advance(2.5);
-  EXPECT_EQ(read(), 2.5);
 }
 
 TEST_F(BundleTest, ExportsItsCFunctionsAlone) {
