@@ -26,14 +26,19 @@ struct Failure {
   std::vector<long> (*calls)();
   /// Even when it goes on, what is temporary can be removed.
   bool leavesRemovalWorking;
+  bool isNamelessUnknown = false;
 };
 
 /// Failures that go on are much alike wherever they begin, so not every beginning is tried unless all is wanted.
 constexpr long kUsualStride = 4;
 
-constexpr Failure kFailures[] = {{ENOSPC, fault::creatingCalls, true}, {EDQUOT, fault::creatingCalls, true},
-                                 {EIO, fault::allFileCalls, false},    {EACCES, fault::changingCalls, false},
-                                 {EMFILE, fault::openingCalls, false}, {EROFS, fault::changingCalls, false}};
+/// The file has become shorter.
+constexpr int kAtAnEnd = 0;
+
+constexpr Failure kFailures[] = {{ENOSPC, fault::creatingCalls, true},    {EDQUOT, fault::creatingCalls, true},
+                                 {EIO, fault::allFileCalls, false},       {EACCES, fault::changingCalls, false},
+                                 {EMFILE, fault::openingCalls, false},    {EROFS, fault::changingCalls, false},
+                                 {EIO, fault::allFileCalls, false, true}, {kAtAnEnd, fault::readingCalls, true}};
 
 /// Calls that clearing away makes; when one of them fails, something may stay.
 bool belongsToClearing(long call) {
@@ -98,6 +103,7 @@ TEST_P(FailingCalls, AreReportedAndUndone) {
   for (const Failure& failure : kFailures) {
     for (const bool fromThenOn : {false, true}) {
       Injection injection{Injection::Kind::error, 0, failure.number, fromThenOn, failure.calls()};
+      injection.isNamelessUnknown = failure.isNamelessUnknown;
       bool reached = true;
       while (reached) {
         injection.at += fromThenOn ? fault::stride(kUsualStride) : 1;
@@ -125,6 +131,7 @@ TEST_P(FailingCalls, ThatAreNoFailuresAreGoneAround) {
       {EINTR, {SYS_read, SYS_pread64, SYS_write, SYS_pwrite64, SYS_copy_file_range}, false},
       {EXDEV, {SYS_copy_file_range}, true},
       {ENOENT, {SYS_linkat}, false},
+      {EPERM, {SYS_fchown}, false},
   };
   for (const Detour& detour : detours) {
     Injection injection{Injection::Kind::error, 0, detour.number, detour.fromThenOn, detour.calls};

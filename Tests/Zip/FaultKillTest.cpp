@@ -23,23 +23,12 @@ namespace filesystem = std::filesystem;
 
 constexpr long kUsualStride = 23;
 
-std::string textOf(const hostile::Bytes& bytes) {
-  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
-std::string contentOfSize(std::size_t size) {
-  std::string content(size, ' ');
-  unsigned value = 1;
-  for (char& c : content) c = static_cast<char>('a' + (value = value * 1103515245u + 12345u) % 26u % 9u);
-  return content;
-}
-
 std::vector<Member> members(std::size_t count, std::size_t size) {
   std::vector<Member> made;
   for (std::size_t i = 0; i < count; ++i) {
     const std::string name = "file " + std::to_string(i);
-    made.push_back(i % 2 == 0 ? hostile::fileMember(name, contentOfSize(size + i))
-                              : hostile::deflatedMember(name, contentOfSize(size + i)));
+    made.push_back(i % 2 == 0 ? hostile::fileMember(name, hostile::randomText(size + i, 9))
+                              : hostile::deflatedMember(name, hostile::randomText(size + i, 9)));
   }
   return made;
 }
@@ -117,7 +106,7 @@ TEST_P(KilledRemoval, LeavesTheOldOrTheNewArchive) {
   const ScratchFolder folder;
   const auto path = folder.path() / "archive.zip";
   const auto url = platform::URL::fileURL(path.native());
-  const std::string before = textOf(hostile::assembled(layout()));
+  const std::string before(platform::textOf(hostile::assembled(layout())));
   const auto work = [&, victimPath = victim, bufferSize = step] {
     const auto archive = Archive::open(url, {.accessMode = Archive::AccessMode::update});
     platform::Progress progress;
@@ -158,7 +147,7 @@ std::vector<Member> tree() {
     made.push_back(hostile::directoryMember(name));
     made.push_back(hostile::linkMember(name + "link", "file 0"));
     for (int file = 0; file < 12; ++file) {
-      made.push_back(hostile::deflatedMember(name + "file " + std::to_string(file), contentOfSize(1000)));
+      made.push_back(hostile::deflatedMember(name + "file " + std::to_string(file), hostile::randomText(1000, 9)));
     }
   }
   return made;
@@ -167,7 +156,7 @@ std::vector<Member> tree() {
 std::vector<Member> stored() {
   std::vector<Member> made;
   for (int file = 0; file < 120; ++file) {
-    made.push_back(hostile::fileMember("deep/er/file " + std::to_string(file), contentOfSize(20'000)));
+    made.push_back(hostile::fileMember("deep/er/file " + std::to_string(file), hostile::randomText(20'000, 9)));
   }
   return made;
 }
@@ -188,7 +177,7 @@ TEST_P(KilledExtraction, LeavesNoHalfFile) {
   const ScratchFolder folder;
   const auto archive = folder.path() / "archive.zip";
   const auto out = folder.path() / "out";
-  const std::string bytes = textOf(hostile::assembled(members()));
+  const std::string bytes(platform::textOf(hostile::assembled(members())));
   writeText(archive, bytes);
   std::map<filesystem::path, std::string> complete;
   const auto work = [&] {

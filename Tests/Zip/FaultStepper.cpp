@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <map>
 #include <set>
 #include <stdexcept>
 #include <string_view>
@@ -111,6 +112,10 @@ class Stepper {
     user_regs_struct registers{};
     ptrace(PTRACE_GETREGS, process, nullptr, &registers);
     const auto number = static_cast<long>(registers.orig_rax);
+    if (injection_.isNamelessUnknown && number == SYS_openat && (registers.rdx & O_TMPFILE) == O_TMPFILE) {
+      replaceCall(process, registers, EOPNOTSUPP);
+      return true;
+    }
     if (!counts(number)) return true;
     ++outcome_.calls;
     const bool hit = injection_.fromThenOn ? outcome_.calls >= injection_.at : outcome_.calls == injection_.at;
@@ -121,18 +126,23 @@ class Stepper {
       for (const pid_t each : stepped_) kill(each, SIGKILL);
       return false;
     }
-    // An unknown call does nothing; its result is replaced when it returns.
-    registers.orig_rax = static_cast<unsigned long long>(-1);
-    ptrace(PTRACE_SETREGS, process, nullptr, &registers);
-    replaced_.insert(process);
+    replaceCall(process, registers, injection_.error);
     return true;
   }
 
+  void replaceCall(pid_t process, user_regs_struct& registers, int error) {
+    // An unknown call does nothing; its result is replaced when it returns.
+    registers.orig_rax = static_cast<unsigned long long>(-1);
+    ptrace(PTRACE_SETREGS, process, nullptr, &registers);
+    replaced_[process] = error;
+  }
+
   void leaveCall(pid_t process) {
-    if (replaced_.erase(process) == 0) return;
+    const auto replaced = replaced_.extract(process);
+    if (!replaced) return;
     user_regs_struct registers{};
     ptrace(PTRACE_GETREGS, process, nullptr, &registers);
-    registers.rax = static_cast<unsigned long long>(-injection_.error);
+    registers.rax = static_cast<unsigned long long>(-replaced.mapped());
     ptrace(PTRACE_SETREGS, process, nullptr, &registers);
   }
 
@@ -146,7 +156,7 @@ class Stepper {
   Outcome outcome_;
   bool isKilled_ = false;  ///< and with it what was just being made
   std::set<pid_t> stepped_;
-  std::set<pid_t> replaced_;  ///< their call was left out and its result is to be replaced
+  std::map<pid_t, int> replaced_;  ///< their call was left out, and this error is to be its result
 };
 
 }  // namespace
@@ -167,6 +177,10 @@ bool canStep() {
     }
   }();
   return able;
+}
+
+std::vector<long> readingCalls() {
+  return {SYS_read, SYS_copy_file_range};
 }
 
 std::vector<long> openingCalls() {
@@ -197,6 +211,9 @@ Outcome runStepped(const Injection&, const std::function<int()>&) {
 }
 bool canStep() {
   return false;
+}
+std::vector<long> readingCalls() {
+  return {};
 }
 std::vector<long> openingCalls() {
   return {};

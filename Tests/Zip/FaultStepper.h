@@ -14,10 +14,11 @@ struct Injection {
 
   Kind kind = Kind::none;
   long at = 0;
-  int error = 0;                   ///< errno value of an injected error
+  int error = 0;                   ///< errno value of an injected error; 0: the call says that it is done, or at an end
   bool fromThenOn = false;         ///< also every later call that counts
   std::vector<long> counted = {};  ///< system call numbers that count; empty: all of them
   bool wholeTree = false;          ///< also what the child starts is stepped, counted and killed
+  bool isNamelessUnknown = false;  ///< as on a file system that knows no files without names
 };
 
 /// How a stepped process ended.
@@ -40,6 +41,7 @@ bool canStep();
 /// Every how many-th point a sweep tries: `usual`, or each one when the environment says ZIP_FAULTS=all.
 long stride(long usual);
 
+std::vector<long> readingCalls();
 /// The file-system calls a full disk, a quota, a missing right and so on can hit.
 std::vector<long> creatingCalls();
 std::vector<long> openingCalls();

@@ -53,33 +53,6 @@ void writeCentral(Writer& out, const Member& member, std::size_t offset) {
   out.text(member.name).text(member.centralExtra).text(member.comment);
 }
 
-std::string deflated(std::string_view content) {
-  z_stream stream{};
-  deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 9, Z_DEFAULT_STRATEGY);
-  std::string out(deflateBound(&stream, content.size()), '\0');
-  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
-  stream.avail_in = static_cast<uInt>(content.size());
-  stream.next_out = reinterpret_cast<Bytef*>(out.data());
-  stream.avail_out = static_cast<uInt>(out.size());
-  const int status = deflate(&stream, Z_FINISH);
-  out.resize(stream.total_out);
-  deflateEnd(&stream);
-  if (status != Z_STREAM_END) throw std::runtime_error("deflate did not finish");
-  return out;
-}
-
-std::uint32_t checksum(std::string_view content) {
-  return static_cast<std::uint32_t>(
-      ::crc32(0, reinterpret_cast<const Bytef*>(content.data()), static_cast<uInt>(content.size())));
-}
-
-std::string dullText(std::size_t size) {
-  std::string text;
-  for (int line = 0; text.size() < size; ++line) text += "line " + std::to_string(line % 37) + " of dull text\n";
-  text.resize(size);
-  return text;
-}
-
 Member withDescriptor(Member member, bool signature) {
   Writer out;
   if (signature) out.u32(0x08074b50);
@@ -240,6 +213,40 @@ void addDisagreements(std::vector<Specimen>& out) {
 }
 
 }  // namespace
+
+std::string deflated(std::string_view content) {
+  z_stream stream{};
+  deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 9, Z_DEFAULT_STRATEGY);
+  std::string out(deflateBound(&stream, content.size()), '\0');
+  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
+  stream.avail_in = static_cast<uInt>(content.size());
+  stream.next_out = reinterpret_cast<Bytef*>(out.data());
+  stream.avail_out = static_cast<uInt>(out.size());
+  const int status = deflate(&stream, Z_FINISH);
+  out.resize(stream.total_out);
+  deflateEnd(&stream);
+  if (status != Z_STREAM_END) throw std::runtime_error("deflate did not finish");
+  return out;
+}
+
+std::uint32_t checksum(std::string_view content) {
+  return static_cast<std::uint32_t>(
+      ::crc32(0, reinterpret_cast<const Bytef*>(content.data()), static_cast<uInt>(content.size())));
+}
+
+std::string dullText(std::size_t size) {
+  std::string text;
+  for (int line = 0; text.size() < size; ++line) text += "line " + std::to_string(line % 37) + " of dull text\n";
+  text.resize(size);
+  return text;
+}
+
+std::string randomText(std::size_t size, unsigned alphabet) {
+  std::mt19937 random(static_cast<unsigned>(size) * 31 + alphabet);
+  std::string text(size, '\0');
+  for (char& c : text) c = static_cast<char>(random() % alphabet);
+  return text;
+}
 
 Member fileMember(std::string name, std::string content) {
   Member member;

@@ -34,6 +34,14 @@ struct Layout {
   std::string comment;
 };
 
+/// What zlib makes of a text: a raw DEFLATE stream, and the CRC-32.
+std::string deflated(std::string_view content);
+std::uint32_t checksum(std::string_view content);
+
+/// Text that compresses well, and bytes below `alphabet` that look random; the same for the same arguments.
+std::string dullText(std::size_t size);
+std::string randomText(std::size_t size, unsigned alphabet = 256);
+
 Member fileMember(std::string name, std::string content);
 Member deflatedMember(std::string name, std::string_view content);
 Member directoryMember(std::string name);

@@ -61,7 +61,7 @@ class Sandbox {
     filesystem::create_symlink("../outnot/victim", out / "standing file");
     filesystem::create_symlink("../nowhere", out / "standing nowhere");
     const auto archive = folder_.path() / "archive.zip";
-    writeText(archive, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    writeText(archive, platform::textOf(bytes));
     expectBounded([&] { hostile::unpack(archive, out); });
     expectNoSetIDBits(out);
     filesystem::remove_all(out);
