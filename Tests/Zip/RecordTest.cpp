@@ -148,43 +148,39 @@ std::optional<Entry> entryOf(const Description& wanted) {
       wanted.descriptor);
 }
 
-TEST(Entry, TypeFollowsTheHostSystemsRules) {
+TEST(Entry, TypeAndPermissionsFollowTheHostSystemsRules) {
   struct Case {
     const char* why;
-    std::uint16_t system;
-    std::uint32_t attributes;
+    unsigned system, mode, dosBits;
     const char* name;
-    EntryType want;
+    EntryType type;
+    unsigned permissions;
   };
-  constexpr auto unixMode = [](std::uint32_t mode) { return mode << 16; };
   const Case cases[] = {
-      {"DOS directory bit alone", 0, 0x10, "d", EntryType::directory},
-      {"DOS directory bit with a low bit", 0, 0x11, "d", EntryType::directory},
-      {"DOS directory and archive bits", 0, 0x30, "d", EntryType::file},
-      {"DOS, by name", 0, 0x30, "d/", EntryType::directory},
-      {"DOS ignores a mode", 0, unixMode(S_IFLNK), "d", EntryType::file},
-      {"regular with a slash", 3, unixMode(S_IFREG | 0644), "d/", EntryType::file},
-      {"directory without a slash", 3, unixMode(S_IFDIR), "d", EntryType::directory},
-      {"link", 3, unixMode(S_IFLNK | 0777), "l", EntryType::symlink},
-      {"Mac link", 19, unixMode(S_IFLNK | 0777), "l", EntryType::symlink},
-      {"pipe, by name", 3, unixMode(S_IFIFO), "p", EntryType::file},
-      {"no mode, by name", 19, 0, "d/", EntryType::directory},
-      {"UNIX ignores the DOS bit", 3, 0x10, "d", EntryType::file},
-      {"unknown system, by name", 7, unixMode(S_IFDIR), "f", EntryType::file},
-      {"system 20, by name", 20, unixMode(S_IFLNK), "d/", EntryType::directory},
+      {"DOS directory bit alone", 0, 0, 0x10, "d", EntryType::directory, 0755},
+      {"DOS directory bit with a low bit", 0, 0, 0x11, "d", EntryType::directory, 0755},
+      {"DOS directory and archive bits", 0, 0, 0x30, "d", EntryType::file, 0644},
+      {"DOS, by name", 0, 0, 0x30, "d/", EntryType::directory, 0755},
+      {"DOS ignores a mode", 0, S_IFLNK | 0600, 0, "d", EntryType::file, 0644},
+      {"regular with a slash", 3, S_IFREG | 0640, 0, "d/", EntryType::file, 0640},
+      {"set-user-id and set-group-id", 3, S_IFREG | 06711, 0, "f", EntryType::file, 06711},
+      {"sticky", 19, S_IFDIR | 01777, 0, "d", EntryType::directory, 01777},
+      {"directory without a slash, no bits", 3, S_IFDIR, 0, "d", EntryType::directory, 0755},
+      {"link", 3, S_IFLNK | 0777, 0, "l", EntryType::symlink, 0777},
+      {"Mac link", 19, S_IFLNK | 0777, 0, "l", EntryType::symlink, 0777},
+      {"pipe, by name, no bits", 3, S_IFIFO, 0, "p", EntryType::file, 0644},
+      {"no mode, by name", 19, 0, 0, "d/", EntryType::directory, 0755},
+      {"UNIX ignores the DOS bit", 3, 0, 0x10, "d", EntryType::file, 0644},
+      {"unknown system, by name", 7, S_IFDIR | 0600, 0, "f", EntryType::file, 0644},
+      {"system 20, by name", 20, S_IFLNK, 0, "d/", EntryType::directory, 0755},
   };
   for (const auto& row : cases) {
-    const auto entry = entryOf(
-        {.name = row.name, .madeBy = static_cast<std::uint16_t>(row.system << 8 | 21), .attributes = row.attributes});
-    EXPECT_EQ(entry->type(), row.want) << row.why;
+    const auto entry = entryOf({.name = row.name,
+                                .madeBy = static_cast<std::uint16_t>(row.system << 8 | 21),
+                                .attributes = row.mode << 16 | row.dosBits});
+    EXPECT_EQ(entry->type(), row.type) << row.why;
+    EXPECT_EQ(entry->fileAttributes().posixPermissions, row.permissions) << row.why;
   }
-}
-
-TEST(Entry, AnUndecodableNameIsEmptyAndNoDirectory) {
-  const auto entry = entryOf({.name = "\xff/", .flags = 0x0800});
-  EXPECT_EQ(entry->path(), "");
-  EXPECT_EQ(entry->type(), EntryType::file);
-  EXPECT_EQ(entryOf({.name = "\xff/"})->type(), EntryType::directory) << "code page 437 decodes everything";
 }
 
 TEST(Entry, NamesAreDecodedAsTheEntrySays) {
@@ -192,31 +188,10 @@ TEST(Entry, NamesAreDecodedAsTheEntrySays) {
   EXPECT_EQ(entryOf({.name = "naïve", .flags = 0x0800})->path(), "naïve");
   EXPECT_EQ(entryOf({.name = "\xc7\xd1"})->path(platform::StringEncoding::dosKorean), "한");
   EXPECT_EQ(entryOf({.name = "\xc7"})->path(platform::StringEncoding::utf8), "");
-}
-
-TEST(Entry, PermissionsComeFromUNIXModesOnly) {
-  struct Case {
-    const char* why;
-    std::uint16_t system;
-    std::uint32_t mode;
-    const char* name;
-    unsigned want;
-  };
-  const Case cases[] = {
-      {"mode", 3, 0100755, "f", 0755},
-      {"special bits", 3, 0106711, "f", 06711},
-      {"sticky", 19, 041777, "d", 01777},
-      {"no bits, file", 3, 0100000, "f", 0644},
-      {"no bits, directory", 3, 040000, "d", 0755},
-      {"DOS", 0, 0100600, "f", 0644},
-      {"DOS directory", 0, 0100600, "d/", 0755},
-      {"unknown", 9, 0100600, "f", 0644},
-  };
-  for (const auto& row : cases) {
-    const auto entry = entryOf(
-        {.name = row.name, .madeBy = static_cast<std::uint16_t>(row.system << 8), .attributes = row.mode << 16});
-    EXPECT_EQ(entry->fileAttributes().posixPermissions, row.want) << row.why;
-  }
+  const auto undecodable = entryOf({.name = "\xff/", .flags = 0x0800});
+  EXPECT_EQ(undecodable->path(), "");
+  EXPECT_EQ(undecodable->type(), EntryType::file);
+  EXPECT_EQ(entryOf({.name = "\xff/"})->type(), EntryType::directory) << "code page 437 decodes everything";
 }
 
 TEST(Entry, ExternalAttributesAreTheModeInTheUpperHalf) {
