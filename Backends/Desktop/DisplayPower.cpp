@@ -3,19 +3,15 @@
 #include <xcb/dpms.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <memory>
 #include <utility>
+
+#include "Backends/Desktop/XReply.h"
 
 namespace desktop {
 
 namespace {
 
 constexpr std::chrono::seconds kInterval{1};
-
-struct Free {
-  void operator()(void* reply) const { std::free(reply); }
-};
 
 }  // namespace
 
@@ -28,14 +24,12 @@ DisplayPower::DisplayPower(std::function<void(bool off)> changed) : changed_(std
 bool DisplayPower::isCapable() {
   const auto* extension = xcb_get_extension_data(x_.connection(), &xcb_dpms_id);
   if (!extension || !extension->present) return false;
-  const std::unique_ptr<xcb_dpms_capable_reply_t, Free> reply(
-      xcb_dpms_capable_reply(x_.connection(), xcb_dpms_capable(x_.connection()), nullptr));
+  const auto reply = owned(xcb_dpms_capable_reply(x_.connection(), xcb_dpms_capable(x_.connection()), nullptr));
   return reply && reply->capable;
 }
 
 void DisplayPower::look() {
-  const std::unique_ptr<xcb_dpms_info_reply_t, Free> reply(
-      xcb_dpms_info_reply(x_.connection(), xcb_dpms_info(x_.connection()), nullptr));
+  const auto reply = owned(xcb_dpms_info_reply(x_.connection(), xcb_dpms_info(x_.connection()), nullptr));
   const bool off = reply && reply->state && reply->power_level != XCB_DPMS_DPMS_MODE_ON;
   if (std::exchange(off_, off) != off) changed_(off);
 }

@@ -4,10 +4,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <memory>
 
 #include "Backends/Desktop/KeyMap.h"
+#include "Backends/Desktop/XReply.h"
 
 namespace desktop {
 
@@ -50,8 +49,7 @@ void Keyboard::refresh() {
   firstKeycode_ = setup->min_keycode;
   const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
   const auto cookie = xcb_get_keyboard_mapping(x_.connection(), firstKeycode_, count);
-  const std::unique_ptr<xcb_get_keyboard_mapping_reply_t, decltype(&std::free)> reply(
-      xcb_get_keyboard_mapping_reply(x_.connection(), cookie, nullptr), &std::free);
+  const auto reply = owned(xcb_get_keyboard_mapping_reply(x_.connection(), cookie, nullptr));
   if (!reply) return;
   columns_ = reply->keysyms_per_keycode;
   const xcb_keysym_t* first = xcb_get_keyboard_mapping_keysyms(reply.get());

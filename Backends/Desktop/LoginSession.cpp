@@ -1,19 +1,16 @@
 #include "Backends/Desktop/LoginSession.h"
 
 #include <QByteArray>
-#include <chrono>
 #include <optional>
 #include <string_view>
 #include <utility>
+
+#include "Backends/Desktop/LoginManager.h"
 
 namespace desktop {
 
 namespace {
 
-constexpr std::chrono::seconds kPatience{5};
-constexpr const char* kManager = "org.freedesktop.login1";
-constexpr const char* kManagerPath = "/org/freedesktop/login1";
-constexpr const char* kManagerInterface = "org.freedesktop.login1.Manager";
 constexpr const char* kSession = "org.freedesktop.login1.Session";
 constexpr const char* kProperties = "org.freedesktop.DBus.Properties";
 constexpr const char* kLocked = "LockedHint";
@@ -53,7 +50,7 @@ std::optional<bool> lockedBy(sd_bus_message* message) {
 LoginSession::LoginSession(SessionBus& bus, std::function<void(bool locked)> changed)
     : bus_(bus), changed_(std::move(changed)) {
   bus_.onConnection([this] { observe(); });
-  bus_.watchOwner(kManager, [this](const std::string& owner) { ownerChanged(owner); });
+  bus_.watchOwner(loginmanager::kName, [this](const std::string& owner) { ownerChanged(owner); });
 }
 
 void LoginSession::observe() {
@@ -75,19 +72,19 @@ void LoginSession::ownerChanged(const std::string& owner) {
   // One that has gone won't say that the session was unlocked.
   changed_(false);
   if (owner.empty()) return;
-  const auto question = bus_.newCall(kManager, kManagerPath, kManagerInterface, "GetSession");
+  const auto question = loginmanager::newCall(bus_, "GetSession");
   const QByteArray own = qgetenv("XDG_SESSION_ID");
   if (!question || sd_bus_message_append(question.get(), "s", own.isEmpty() ? "auto" : own.constData()) < 0) return;
-  bus_.call(question, kPatience, [this](const SessionBus::Reply& reply) {
+  bus_.call(question, loginmanager::kPatience, [this](const SessionBus::Reply& reply) {
     if (reply.succeeded) found(reply.text);
   });
 }
 
 void LoginSession::found(const std::string& path) {
   path_ = path;
-  const auto question = bus_.newCall(kManager, path.c_str(), kProperties, "Get");
+  const auto question = bus_.newCall(loginmanager::kName, path.c_str(), kProperties, "Get");
   if (!question || sd_bus_message_append(question.get(), "ss", kSession, kLocked) < 0) return;
-  bus_.call(question, kPatience, [this](const SessionBus::Reply& reply) {
+  bus_.call(question, loginmanager::kPatience, [this](const SessionBus::Reply& reply) {
     if (reply.succeeded && reply.number != 0) changed_(true);
   });
 }

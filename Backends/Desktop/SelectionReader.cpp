@@ -3,7 +3,6 @@
 #include <poll.h>
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace desktop {
 
@@ -23,24 +22,12 @@ constexpr std::uint8_t kSentByClient = 0x80;
 const std::string kProperty = "VELTRIK_SELECTION_";
 constexpr unsigned kProperties = 16;
 
-template <class Reply>
-using Owned = std::unique_ptr<Reply, decltype(&std::free)>;
-
-template <class Reply>
-Owned<Reply> owned(Reply* reply) {
-  return {reply, &std::free};
-}
-
 bool isEndOf(const xcb_generic_event_t& event, xcb_window_t window) {
   return (event.response_type & ~kSentByClient) == XCB_DESTROY_NOTIFY &&
          reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window == window;
 }
 
 }  // namespace
-
-void SelectionReader::Freed::operator()(void* memory) const {
-  std::free(memory);
-}
 
 void SelectionReader::connect() {
   if (connection_) return;

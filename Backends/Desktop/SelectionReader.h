@@ -3,10 +3,11 @@
 #include <xcb/xcb.h>
 
 #include <chrono>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "Backends/Desktop/XReply.h"
 
 namespace desktop {
 
@@ -43,10 +44,7 @@ class SelectionReader {
   std::optional<Reply> takeIncrements(xcb_window_t owner);
   bool waitForIncrement(xcb_window_t owner);
   /// The next event of the connection; null when none comes until then or the server has gone.
-  struct Freed {
-    void operator()(void* memory) const;
-  };
-  using Event = std::unique_ptr<xcb_generic_event_t, Freed>;
+  using Event = XReply<xcb_generic_event_t>;
   Event nextEvent(Clock::time_point deadline);
   bool isSilent(xcb_window_t owner);
 

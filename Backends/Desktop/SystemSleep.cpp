@@ -1,17 +1,14 @@
 #include "Backends/Desktop/SystemSleep.h"
 
 #include <QCoreApplication>
-#include <chrono>
 #include <utility>
+
+#include "Backends/Desktop/LoginManager.h"
 
 namespace desktop {
 
 namespace {
 
-constexpr std::chrono::seconds kPatience{5};
-constexpr const char* kManager = "org.freedesktop.login1";
-constexpr const char* kPath = "/org/freedesktop/login1";
-constexpr const char* kInterface = "org.freedesktop.login1.Manager";
 constexpr const char* kRule =
     "type='signal',sender='org.freedesktop.login1',interface='org.freedesktop.login1.Manager',"
     "member='PrepareForSleep',path='/org/freedesktop/login1'";
@@ -21,7 +18,7 @@ constexpr const char* kRule =
 SystemSleep::SystemSleep(SessionBus& bus, std::function<void(bool asleep)> changed)
     : bus_(bus), changed_(std::move(changed)) {
   bus_.onConnection([this] { observe(); });
-  bus_.watchOwner(kManager, [this](const std::string& owner) { ownerChanged(owner); });
+  bus_.watchOwner(loginmanager::kName, [this](const std::string& owner) { ownerChanged(owner); });
 }
 
 void SystemSleep::observe() {
@@ -52,12 +49,12 @@ void SystemSleep::prepares(bool asleep) {
 }
 
 void SystemSleep::askForDelay() {
-  const auto question = bus_.newCall(kManager, kPath, kInterface, "Inhibit");
+  const auto question = loginmanager::newCall(bus_, "Inhibit");
   const std::string who = QCoreApplication::applicationName().toStdString();
   if (!question || sd_bus_message_append(question.get(), "ssss", "sleep", who.c_str(),
                                          "The application is told of the sleep first", "delay") < 0)
     return;
-  bus_.call(question, kPatience, [this](const SessionBus::Reply& reply) {
+  bus_.call(question, loginmanager::kPatience, [this](const SessionBus::Reply& reply) {
     if (!asleep_) delay_ = reply.descriptor;
   });
 }

@@ -3,18 +3,14 @@
 #include <xcb/screensaver.h>
 
 #include <QCoreApplication>
-#include <cstdlib>
-#include <memory>
 #include <string_view>
 #include <utility>
+
+#include "Backends/Desktop/XReply.h"
 
 namespace desktop {
 
 namespace {
-
-struct Free {
-  void operator()(void* reply) const { std::free(reply); }
-};
 
 bool isWaylandSession() {
   return qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland") ||
@@ -40,16 +36,14 @@ XScreenSaver::~XScreenSaver() {
 bool XScreenSaver::servesWholeDesktop() {
   constexpr std::string_view kName = "XWAYLAND";
   const auto cookie = xcb_query_extension(x_.connection(), kName.size(), kName.data());
-  const std::unique_ptr<xcb_query_extension_reply_t, Free> reply(
-      xcb_query_extension_reply(x_.connection(), cookie, nullptr));
+  const auto reply = owned(xcb_query_extension_reply(x_.connection(), cookie, nullptr));
   return !isWaylandSession() && reply && !reply->present;
 }
 
 std::optional<std::uint32_t> XScreenSaver::idleMilliseconds() {
   if (!usable_) return std::nullopt;
   const auto cookie = xcb_screensaver_query_info(x_.connection(), x_.root());
-  const std::unique_ptr<xcb_screensaver_query_info_reply_t, Free> reply(
-      xcb_screensaver_query_info_reply(x_.connection(), cookie, nullptr));
+  const auto reply = owned(xcb_screensaver_query_info_reply(x_.connection(), cookie, nullptr));
   return reply ? std::optional(reply->ms_since_user_input) : std::nullopt;
 }
 

@@ -3,27 +3,13 @@
 #include <QtGui/qguiapplication_platform.h>
 #include <QGuiApplication>
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
 #include <stdexcept>
+
+#include "Backends/Desktop/XReply.h"
 
 namespace desktop {
 
 namespace {
-
-template <class T>
-struct Freed {
-  void operator()(T* reply) const { std::free(reply); }
-};
-
-/// A reply of the server, freed with it; null after an error.
-template <class T>
-using Reply = std::unique_ptr<T, Freed<T>>;
-
-template <class T>
-Reply<T> owned(T* reply) {
-  return Reply<T>(reply);
-}
 
 constexpr std::uint32_t kFromApplication = 1;
 constexpr std::uint32_t kFromPager = 2;

@@ -189,6 +189,7 @@ void HeadlessWindowHost::forget(HeadlessSurface& surface) {
 }
 
 void HeadlessWindowHost::restack(HeadlessSurface& surface, bool above, HeadlessSurface* sibling) {
+  // Where every new one is.
   if (above && !sibling && surfaces_.back() == &surface) return;
   // What belongs to the surface goes with it, in its order, above it.
   std::vector<HeadlessSurface*> group{&surface};
