@@ -123,7 +123,11 @@ class ArchiveExtraction::Source {
   std::size_t chunkSize_;
 };
 
-EntryDataReader ArchiveExtraction::makeReader(const Archive& archive) {
+EntryReader ArchiveExtraction::entryReader(const Archive& archive) {
+  return EntryReader(*archive.state_->stream);
+}
+
+EntryDataReader ArchiveExtraction::dataReader(const Archive& archive) {
   return EntryDataReader(*archive.state_->stream);
 }
 

@@ -172,11 +172,13 @@ ArchiveRemoval::Rebuilt ArchiveRemoval::rebuilt(std::unique_ptr<ArchiveStream> t
   std::uint16_t kept = 0;
   ReadWindow window(*state_.stream, kDirectoryWindow);
   std::uint64_t directoryPosition = state_.endRecord.offsetToStartOfCentralDirectory;
+  Entry::CentralDirectoryStructure structure;
   for (const Record& record : records_) {
-    auto structure = readRecord<Entry::CentralDirectoryStructure>(window, directoryPosition);
     // The survey saw it, but reading may fail at any time.
-    if (!structure) throw DataError(DataError::Case::unreadableFile, "an entry can't be read any more");
-    directoryPosition += structure->size();
+    if (!readRecord(window, directoryPosition, structure)) {
+      throw DataError(DataError::Case::unreadableFile, "an entry can't be read any more");
+    }
+    directoryPosition += structure.size();
     if (record.isRemoved) continue;
     // Records that follow each other are copied together.
     if (record.offset != run.start + run.length) {
@@ -184,9 +186,9 @@ ArchiveRemoval::Rebuilt ArchiveRemoval::rebuilt(std::unique_ptr<ArchiveStream> t
       position += run.length;
       run = {record.offset, 0};
     }
-    structure->relativeOffsetOfLocalHeader = static_cast<std::uint32_t>(position + run.length);
+    structure.relativeOffsetOfLocalHeader = static_cast<std::uint32_t>(position + run.length);
     run.length += record.length;
-    platform::append(directory, structure->data());
+    platform::append(directory, structure.data());
     ++kept;
   }
   copyRun(run, *target, position);

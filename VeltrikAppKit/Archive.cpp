@@ -58,9 +58,7 @@ bool ArchiveState::findEndRecord() {
     if (const auto distance = signatureDistance(bytes)) {
       endRecordOffset = size - *distance;
       ReadWindow window(*stream, EndRecord::fixedSize);
-      auto found = readRecord<EndRecord>(window, endRecordOffset);
-      if (found) endRecord = std::move(*found);
-      return found.has_value();
+      return readRecord(window, endRecordOffset, endRecord);
     }
   }
   return false;
@@ -133,7 +131,7 @@ std::optional<platform::Data> Archive::data() const {
 struct Archive::Iterator::Walk {
   EntryReader reader;
   std::uint64_t position;
-  unsigned entriesLeft;
+  std::size_t entriesLeft;
 };
 
 Archive::Iterator::Iterator(std::unique_ptr<Walk> walk) : walk_(std::move(walk)) {
@@ -144,16 +142,19 @@ Archive::Iterator& Archive::Iterator::operator=(Iterator&&) noexcept = default;
 Archive::Iterator::~Iterator() = default;
 
 Archive::Iterator& Archive::Iterator::operator++() {
-  entry_.reset();
-  if (walk_->entriesLeft == 0) return *this;
-  --walk_->entriesLeft;
-  if (auto found = walk_->reader.read(walk_->position)) {
-    walk_->position = found->next;
-    entry_ = std::move(found->entry);
-  } else {
-    walk_->entriesLeft = 0;
-  }
+  entry_ = walk_->entriesLeft > 0 ? walk_->reader.read(walk_->position) : nullptr;
+  walk_->entriesLeft = entry_ != nullptr ? walk_->entriesLeft - 1 : 0;
+  walk_->position = walk_->reader.next();
   return *this;
+}
+
+void Archive::Iterator::skip(std::size_t count) {
+  if (count == 0) return;
+  while (--count > 0 && walk_->entriesLeft > 0) {
+    walk_->entriesLeft = walk_->reader.pass(walk_->position) ? walk_->entriesLeft - 1 : 0;
+    walk_->position = walk_->reader.next();
+  }
+  ++*this;
 }
 
 Archive::Iterator Archive::begin() const {
@@ -173,8 +174,8 @@ std::optional<Entry> Archive::operator[](std::string_view path) const {
     forEachEntry(lookup.reader, state.endRecord, [&](const Entry& entry, std::uint64_t position) {
       const std::string entryPath = state.pathOf(entry);
       lookup.index.insert(entryPath, position, [&](std::uint64_t place) {
-        const auto found = earlier.read(place);
-        return found && state.pathOf(found->entry) == entryPath;
+        const Entry* found = earlier.read(place);
+        return found != nullptr && state.pathOf(*found) == entryPath;
       });
       return true;
     });
@@ -182,8 +183,8 @@ std::optional<Entry> Archive::operator[](std::string_view path) const {
   }
   std::optional<Entry> result;
   state.lookup->index.find(path, [&](std::uint64_t position) {
-    auto found = state.lookup->reader.read(position);
-    if (found && state.pathOf(found->entry) == path) result = std::move(found->entry);
+    const Entry* found = state.lookup->reader.read(position);
+    if (found != nullptr && state.pathOf(*found) == path) result = *found;
     return result.has_value();
   });
   return result;

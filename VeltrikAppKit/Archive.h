@@ -178,6 +178,7 @@ struct Archive::EndOfCentralDirectoryRecord {
   platform::Data zipFileCommentData;
 
   static std::optional<EndOfCentralDirectoryRecord> parse(platform::DataView fixed, const RecordProvider& provider);
+  bool read(platform::DataView fixed, const RecordProvider& provider);
   platform::Data data() const;
 };
 
@@ -192,11 +193,15 @@ class Archive::Iterator {
   Iterator& operator=(Iterator&&) noexcept;
   ~Iterator();
 
+  /// Valid until the iterator goes on, which uses the entry's memory again.
   const Entry& operator*() const { return *entry_; }
-  const Entry* operator->() const { return &*entry_; }
+  const Entry* operator->() const { return entry_; }
   Iterator& operator++();
   void operator++(int) { ++*this; }
-  friend bool operator==(const Iterator& iterator, std::default_sentinel_t) { return !iterator.entry_; }
+  /// Goes on by `count` entries, as `++` that often would, but reads the places only of those it passes over: they may
+  /// be of a kind that ends an iteration.
+  void skip(std::size_t count);
+  friend bool operator==(const Iterator& iterator, std::default_sentinel_t) { return iterator.entry_ == nullptr; }
 
  private:
   friend class Archive;
@@ -204,7 +209,7 @@ class Archive::Iterator {
   explicit Iterator(std::unique_ptr<Walk> walk);
 
   std::unique_ptr<Walk> walk_;
-  std::optional<Entry> entry_;
+  const Entry* entry_ = nullptr;
 };
 
 }  // namespace veltrik

@@ -45,10 +45,12 @@ void requireSoundDirectory(const ArchiveState& state) {
   constexpr std::size_t kWindow = 65536;
   ReadWindow window(*state.stream, kWindow);
   std::uint64_t position = start;
+  Entry::CentralDirectoryStructure structure;
   for (unsigned left = end.totalNumberOfEntriesInCentralDirectory; left > 0; --left) {
-    const auto structure = readRecord<Entry::CentralDirectoryStructure>(window, position);
-    if (!structure) refuse(ArchiveError::Case::unwritableArchive, "the central directory is damaged");
-    position += structure->size();
+    if (!readRecord(window, position, structure)) {
+      refuse(ArchiveError::Case::unwritableArchive, "the central directory is damaged");
+    }
+    position += structure.size();
   }
   if (position != limit) {
     refuse(ArchiveError::Case::unwritableArchive, "the central directory holds more than its end record says");
@@ -149,6 +151,11 @@ ArchiveBatch::ArchiveBatch(Archive& archive)
 
 ArchiveBatch::~ArchiveBatch() {
   if (!isOver_) undo();
+}
+
+void ArchiveBatch::reserve(std::size_t count, std::size_t nameBytes) {
+  newStructures_.reserve(count * Entry::CentralDirectoryStructure::fixedSize + nameBytes +
+                         Archive::EndOfCentralDirectoryRecord::fixedSize + endRecord_.zipFileCommentLength);
 }
 
 void ArchiveBatch::undo() noexcept {

@@ -25,6 +25,8 @@ class ArchiveBatch {
   ArchiveBatch(const ArchiveBatch&) = delete;
   ArchiveBatch& operator=(const ArchiveBatch&) = delete;
 
+  /// Room for the structures of entries with names of so many bytes in all, so that those are not moved as they grow.
+  void reserve(std::size_t count, std::size_t nameBytes);
   /// As `Archive::addEntry` says. After a failure the entries added before are still there.
   void add(std::string_view path, const NewEntry& entry, const ByteProvider& provider, const AddOptions& options);
   /// Adds the item at a place; `item` says what it is.

@@ -9,6 +9,7 @@
 namespace veltrik {
 
 struct EntryDataReader;
+class EntryReader;
 
 /// One entry on its way out of its archive. Arguments are borrowed.
 class ArchiveExtraction {
@@ -23,8 +24,9 @@ class ArchiveExtraction {
   std::uint32_t toConsumer(const ByteConsumer& consumer) const;
   /// The same with a reader that is the calling thread's own.
   std::uint32_t toConsumer(const ByteConsumer& consumer, EntryDataReader& reader) const;
-  /// A further reader of the data of an archive in a file, for another thread.
-  static EntryDataReader makeReader(const Archive& archive);
+  /// Further readers of the entries and their data of an archive in a file, for another thread.
+  static EntryReader entryReader(const Archive& archive);
+  static EntryDataReader dataReader(const Archive& archive);
   /// Makes the item. A directory's attributes are left to the caller, who may have more to put into it.
   std::uint32_t to(const PlaceOpener& open) const;
 

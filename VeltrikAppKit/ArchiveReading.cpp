@@ -22,39 +22,37 @@ void ReadWindow::reset(const ArchiveStream& stream) {
   size_ = 0;
 }
 
-platform::DataView ReadWindow::bytes(std::uint64_t offset, std::size_t count) {
-  const std::uint64_t end = start_ + size_;
-  const bool isInside = offset >= start_ && offset <= end && count <= end - offset;
-  if (!isInside) {
-    const bool isNear = offset >= start_ && offset <= end + kNear;
-    const std::size_t wanted = std::max(count, isNear ? capacity_ : kFarRead);
-    if (buffer_.size() < wanted) buffer_.resize(std::max(wanted, capacity_));
-    // Nothing is kept if reading fails.
-    size_ = 0;
-    start_ = offset;
-    size_ = stream_->readAt(offset, std::span(buffer_).first(wanted));
-  }
-  const auto at = static_cast<std::size_t>(offset - start_);
-  return platform::DataView(buffer_).subspan(at, std::min(count, size_ - at));
+void ReadWindow::load(std::uint64_t offset, std::size_t count) {
+  const bool isNear = offset >= start_ && offset <= start_ + size_ + kNear;
+  const std::size_t wanted = std::max(count, isNear ? capacity_ : kFarRead);
+  if (buffer_.size() < wanted) buffer_.resize(std::max(wanted, capacity_));
+  // Nothing is kept if reading fails.
+  size_ = 0;
+  start_ = offset;
+  size_ = stream_->readAt(offset, std::span(buffer_).first(wanted));
 }
 
 EntryReader::EntryReader(const ArchiveStream& stream)
     : directory_(stream, kDirectoryWindow), records_(stream, kRecordWindow) {}
 
-std::optional<EntryReader::Found> EntryReader::read(std::uint64_t directoryPosition) {
-  auto structure = readRecord<Entry::CentralDirectoryStructure>(directory_, directoryPosition);
-  if (!structure) return std::nullopt;
-  const std::uint64_t recordOffset = structure->relativeOffsetOfLocalHeader;
-  auto header = readRecord<Entry::LocalFileHeader>(records_, recordOffset);
-  if (!header) return std::nullopt;
-  std::optional<Entry::DataDescriptor> descriptor;
-  if (structure->dataDescriptorBitSet()) {
-    descriptor = readRecord<Entry::DataDescriptor>(records_, recordOffset + header->size() + structure->storedSize());
+bool EntryReader::pass(std::uint64_t directoryPosition) {
+  auto& structure = entry_.centralDirectoryStructure_;
+  if (!readRecord(directory_, directoryPosition, structure)) return false;
+  next_ = directoryPosition + structure.size();
+  return true;
+}
+
+const Entry* EntryReader::read(std::uint64_t directoryPosition) {
+  if (!pass(directoryPosition)) return nullptr;
+  const auto& structure = entry_.centralDirectoryStructure_;
+  if (!readRecord(records_, structure.relativeOffsetOfLocalHeader, entry_.localFileHeader_)) return nullptr;
+  entry_.dataDescriptor_.reset();
+  Entry::DataDescriptor descriptor;
+  if (structure.dataDescriptorBitSet() &&
+      readRecord(records_, entry_.dataOffset() + structure.storedSize(), descriptor)) {
+    entry_.dataDescriptor_ = descriptor;
   }
-  const std::uint64_t next = directoryPosition + structure->size();
-  auto entry = Entry::make(std::move(*structure), std::move(*header), descriptor);
-  if (!entry) return std::nullopt;
-  return Found{std::move(*entry), next};
+  return entry_.isSupported() ? &entry_ : nullptr;
 }
 
 PathIndex::PathIndex(std::size_t entryCount) : slots_(std::bit_ceil(entryCount * 2 + 1)), mask_(slots_.size() - 1) {}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -18,11 +19,19 @@ class ReadWindow {
 
   /// The bytes at `offset`, fewer than `count` at the archive's end only. Valid until the next call. Throws
   /// `DataError`.
-  platform::DataView bytes(std::uint64_t offset, std::size_t count);
+  platform::DataView bytes(std::uint64_t offset, std::size_t count) {
+    const bool isInside = offset >= start_ && offset - start_ <= size_ && count <= size_ - (offset - start_);
+    if (!isInside) load(offset, count);
+    const auto at = static_cast<std::size_t>(offset - start_);
+    return platform::DataView(buffer_).subspan(at, std::min(count, size_ - at));
+  }
   /// Forgets what was read, as after a change; `stream` may be another one.
   void reset(const ArchiveStream& stream);
 
  private:
+  /// Makes the window begin at `offset`.
+  void load(std::uint64_t offset, std::size_t count);
+
   const ArchiveStream* stream_;
   std::size_t capacity_;
   platform::Data buffer_;
@@ -30,15 +39,15 @@ class ReadWindow {
   std::size_t size_ = 0;
 };
 
-/// A record of any type, or nothing when it does not parse or can't be read.
+/// Makes `record`, of any type, the one at `offset`; false when it does not parse or can't be read.
 template <class Record>
-std::optional<Record> readRecord(ReadWindow& window, std::uint64_t offset) {
+bool readRecord(ReadWindow& window, std::uint64_t offset, Record& record) {
   try {
     // The variable part may move the window and with it the fixed part's bytes, so those are parsed first.
-    return Record::parse(window.bytes(offset, Record::fixedSize),
-                         [&](std::size_t count) { return window.bytes(offset + Record::fixedSize, count); });
+    return record.read(window.bytes(offset, Record::fixedSize),
+                       [&](std::size_t count) { return window.bytes(offset + Record::fixedSize, count); });
   } catch (const DataError&) {
-    return std::nullopt;
+    return false;
   }
 }
 
@@ -47,16 +56,19 @@ class EntryReader {
  public:
   explicit EntryReader(const ArchiveStream& stream);
 
-  struct Found {
-    Entry entry;
-    std::uint64_t next;  ///< where the next structure stands
-  };
-  /// Nothing when a record is damaged or the entry is of a kind that is refused.
-  std::optional<Found> read(std::uint64_t directoryPosition);
+  /// The entry whose structure stands at this place; null when a record is damaged or the entry is of a kind that is
+  /// refused. Valid until the next call: one entry after the other takes the same memory.
+  const Entry* read(std::uint64_t directoryPosition);
+  /// Reads no more than the structure that stands at this place; false when it is damaged.
+  bool pass(std::uint64_t directoryPosition);
+  /// Where the structure behind the last one stands.
+  std::uint64_t next() const { return next_; }
 
  private:
   ReadWindow directory_;
   ReadWindow records_;
+  Entry entry_;
+  std::uint64_t next_ = 0;
 };
 
 /// Calls `visit` with each entry and its place in the central directory, in order; stops where the entries end or
@@ -65,9 +77,9 @@ template <class Visit>
 void forEachEntry(EntryReader& reader, const Archive::EndOfCentralDirectoryRecord& end, const Visit& visit) {
   std::uint64_t position = end.offsetToStartOfCentralDirectory;
   for (unsigned left = end.totalNumberOfEntriesInCentralDirectory; left > 0; --left) {
-    const auto found = reader.read(position);
-    if (!found || !visit(found->entry, position)) return;
-    position = found->next;
+    const Entry* entry = reader.read(position);
+    if (entry == nullptr || !visit(*entry, position)) return;
+    position = reader.next();
   }
 }
 

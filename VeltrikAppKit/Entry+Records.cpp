@@ -6,20 +6,12 @@ namespace veltrik {
 
 namespace {
 
-using platform::ByteCursor;
 using platform::DataView;
 
-void read(ByteCursor& cursor, std::uint16_t& field) {
-  field = *cursor.u16le();
-}
-void read(ByteCursor& cursor, std::uint32_t& field) {
-  field = *cursor.u32le();
-}
-
-/// Reads the fields in order; the caller made sure that they fit.
+/// Reads the fields from `at` on, one after the other; the caller made sure that the bytes are there.
 template <class... Fields>
-void readFields(ByteCursor& cursor, Fields&... fields) {
-  (read(cursor, fields), ...);
+void readFields(const std::byte* at, Fields&... fields) {
+  ((fields = platform::loadLittleEndian<Fields>(at), at += sizeof(Fields)), ...);
 }
 
 template <class... Fields>
@@ -31,12 +23,19 @@ platform::Data written(std::size_t size, DataView variable, Fields... fields) {
   return data;
 }
 
-/// The cursor behind the signature; nothing for a wrong size or another signature.
+constexpr std::size_t kSignatureSize = sizeof(std::uint32_t);
+
+/// False for a wrong size or another signature.
 template <class Record>
-std::optional<ByteCursor> begin(DataView fixed) {
-  ByteCursor cursor(fixed);
-  if (fixed.size() != Record::fixedSize || *cursor.u32le() != Record::signature) return std::nullopt;
-  return cursor;
+bool begins(DataView fixed) {
+  return fixed.size() == Record::fixedSize &&
+         platform::loadLittleEndian<std::uint32_t>(fixed.data()) == Record::signature;
+}
+
+template <class Record>
+std::optional<Record> parsed(DataView fixed, const RecordProvider& provider) {
+  Record record;
+  return record.read(fixed, provider) ? std::optional(std::move(record)) : std::nullopt;
 }
 
 /// Fetches what follows the fixed part. False when the provider throws or gives another number of bytes.
@@ -62,14 +61,15 @@ DataView part(const platform::Data& variable, std::size_t offset, std::size_t le
 }  // namespace
 
 std::optional<Entry::LocalFileHeader> Entry::LocalFileHeader::parse(DataView fixed, const RecordProvider& provider) {
-  auto cursor = begin<LocalFileHeader>(fixed);
-  if (!cursor) return std::nullopt;
-  LocalFileHeader header;
-  readFields(*cursor, header.versionNeededToExtract, header.generalPurposeBitFlag, header.compressionMethod,
-             header.lastModFileTime, header.lastModFileDate, header.crc32, header.compressedSize,
-             header.uncompressedSize, header.fileNameLength, header.extraFieldLength);
-  if (!fetch(provider, header.size() - fixedSize, header.variableData)) return std::nullopt;
-  return header;
+  return parsed<LocalFileHeader>(fixed, provider);
+}
+
+bool Entry::LocalFileHeader::read(DataView fixed, const RecordProvider& provider) {
+  if (!begins<LocalFileHeader>(fixed)) return false;
+  readFields(fixed.data() + kSignatureSize, versionNeededToExtract, generalPurposeBitFlag, compressionMethod,
+             lastModFileTime, lastModFileDate, crc32, compressedSize, uncompressedSize, fileNameLength,
+             extraFieldLength);
+  return fetch(provider, size() - fixedSize, variableData);
 }
 
 platform::Data Entry::LocalFileHeader::data() const {
@@ -85,28 +85,29 @@ DataView Entry::LocalFileHeader::extraFieldData() const {
   return part(variableData, fileNameLength, extraFieldLength);
 }
 
-std::optional<Entry::DataDescriptor> Entry::DataDescriptor::parse(DataView fixed, const RecordProvider&) {
-  if (fixed.size() != fixedSize) return std::nullopt;
-  DataDescriptor descriptor;
-  ByteCursor cursor(fixed);
-  descriptor.hasSignature = *cursor.u32le() == signature;
-  if (!descriptor.hasSignature) cursor = ByteCursor(fixed);
-  readFields(cursor, descriptor.crc32, descriptor.compressedSize, descriptor.uncompressedSize);
-  return descriptor;
+std::optional<Entry::DataDescriptor> Entry::DataDescriptor::parse(DataView fixed, const RecordProvider& provider) {
+  return parsed<DataDescriptor>(fixed, provider);
+}
+
+bool Entry::DataDescriptor::read(DataView fixed, const RecordProvider&) {
+  if (fixed.size() != fixedSize) return false;
+  hasSignature = platform::loadLittleEndian<std::uint32_t>(fixed.data()) == signature;
+  readFields(fixed.data() + (hasSignature ? kSignatureSize : 0), crc32, compressedSize, uncompressedSize);
+  return true;
 }
 
 std::optional<Entry::CentralDirectoryStructure> Entry::CentralDirectoryStructure::parse(
     DataView fixed, const RecordProvider& provider) {
-  auto cursor = begin<CentralDirectoryStructure>(fixed);
-  if (!cursor) return std::nullopt;
-  CentralDirectoryStructure structure;
-  readFields(*cursor, structure.versionMadeBy, structure.versionNeededToExtract, structure.generalPurposeBitFlag,
-             structure.compressionMethod, structure.lastModFileTime, structure.lastModFileDate, structure.crc32,
-             structure.compressedSize, structure.uncompressedSize, structure.fileNameLength, structure.extraFieldLength,
-             structure.fileCommentLength, structure.diskNumberStart, structure.internalFileAttributes,
-             structure.externalFileAttributes, structure.relativeOffsetOfLocalHeader);
-  if (!fetch(provider, structure.size() - fixedSize, structure.variableData)) return std::nullopt;
-  return structure;
+  return parsed<CentralDirectoryStructure>(fixed, provider);
+}
+
+bool Entry::CentralDirectoryStructure::read(DataView fixed, const RecordProvider& provider) {
+  if (!begins<CentralDirectoryStructure>(fixed)) return false;
+  readFields(fixed.data() + kSignatureSize, versionMadeBy, versionNeededToExtract, generalPurposeBitFlag,
+             compressionMethod, lastModFileTime, lastModFileDate, crc32, compressedSize, uncompressedSize,
+             fileNameLength, extraFieldLength, fileCommentLength, diskNumberStart, internalFileAttributes,
+             externalFileAttributes, relativeOffsetOfLocalHeader);
+  return fetch(provider, size() - fixedSize, variableData);
 }
 
 platform::Data Entry::CentralDirectoryStructure::data() const {
@@ -128,14 +129,15 @@ DataView Entry::CentralDirectoryStructure::fileCommentData() const {
 
 std::optional<Archive::EndOfCentralDirectoryRecord> Archive::EndOfCentralDirectoryRecord::parse(
     DataView fixed, const RecordProvider& provider) {
-  auto cursor = veltrik::begin<EndOfCentralDirectoryRecord>(fixed);
-  if (!cursor) return std::nullopt;
-  EndOfCentralDirectoryRecord record;
-  readFields(*cursor, record.numberOfDisk, record.numberOfDiskStart, record.totalNumberOfEntriesOnDisk,
-             record.totalNumberOfEntriesInCentralDirectory, record.sizeOfCentralDirectory,
-             record.offsetToStartOfCentralDirectory, record.zipFileCommentLength);
-  if (!fetch(provider, record.zipFileCommentLength, record.zipFileCommentData)) return std::nullopt;
-  return record;
+  return parsed<EndOfCentralDirectoryRecord>(fixed, provider);
+}
+
+bool Archive::EndOfCentralDirectoryRecord::read(DataView fixed, const RecordProvider& provider) {
+  if (!begins<EndOfCentralDirectoryRecord>(fixed)) return false;
+  readFields(fixed.data() + kSignatureSize, numberOfDisk, numberOfDiskStart, totalNumberOfEntriesOnDisk,
+             totalNumberOfEntriesInCentralDirectory, sizeOfCentralDirectory, offsetToStartOfCentralDirectory,
+             zipFileCommentLength);
+  return fetch(provider, zipFileCommentLength, zipFileCommentData);
 }
 
 platform::Data Archive::EndOfCentralDirectoryRecord::data() const {

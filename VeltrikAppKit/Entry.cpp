@@ -56,15 +56,17 @@ Entry::CentralDirectoryStructure Entry::CentralDirectoryStructure::of(const Loca
           .variableData = platform::copyOf(name)};
 }
 
-Entry::Entry(CentralDirectoryStructure structure, LocalFileHeader header, std::optional<DataDescriptor> descriptor)
-    : centralDirectoryStructure_(std::move(structure)),
-      localFileHeader_(std::move(header)),
-      dataDescriptor_(descriptor) {}
-
 std::optional<Entry> Entry::make(CentralDirectoryStructure structure, LocalFileHeader header,
                                  std::optional<DataDescriptor> descriptor) {
-  if (structure.requiresZIP64() || structure.encryptionBitSet()) return std::nullopt;
-  return Entry(std::move(structure), std::move(header), descriptor);
+  Entry entry;
+  entry.centralDirectoryStructure_ = std::move(structure);
+  entry.localFileHeader_ = std::move(header);
+  entry.dataDescriptor_ = descriptor;
+  return entry.isSupported() ? std::optional(std::move(entry)) : std::nullopt;
+}
+
+bool Entry::isSupported() const {
+  return !centralDirectoryStructure_.requiresZIP64() && !centralDirectoryStructure_.encryptionBitSet();
 }
 
 std::string Entry::path() const {

@@ -52,6 +52,8 @@ class Entry {
     /// Nothing when `fixed` is not exactly `fixedSize` bytes, has another signature, or the provider throws or gives
     /// too little.
     static std::optional<LocalFileHeader> parse(platform::DataView fixed, const RecordProvider& provider);
+    /// Becomes what `parse` would give, in the memory that this record has already; false leaves it of no use.
+    bool read(platform::DataView fixed, const RecordProvider& provider);
     platform::Data data() const;
     platform::DataView fileNameData() const;
     platform::DataView extraFieldData() const;
@@ -71,6 +73,7 @@ class Entry {
 
     /// Nothing when `fixed` is not exactly `fixedSize` bytes.
     static std::optional<DataDescriptor> parse(platform::DataView fixed, const RecordProvider& provider);
+    bool read(platform::DataView fixed, const RecordProvider& provider);
   };
 
   /// The entry's place in the list of contents at the archive's end.
@@ -98,6 +101,7 @@ class Entry {
     platform::Data variableData;
 
     static std::optional<CentralDirectoryStructure> parse(platform::DataView fixed, const RecordProvider& provider);
+    bool read(platform::DataView fixed, const RecordProvider& provider);
     /// The structure of an entry whose local header was just written at `offset`.
     static CentralDirectoryStructure of(const LocalFileHeader& header, std::uint32_t externalAttributes,
                                         std::uint32_t offset);
@@ -145,7 +149,9 @@ class Entry {
   friend bool operator==(const Entry& a, const Entry& b);
 
  private:
-  Entry(CentralDirectoryStructure structure, LocalFileHeader header, std::optional<DataDescriptor> descriptor);
+  friend class EntryReader;
+  Entry() = default;
+  bool isSupported() const;
 
   CentralDirectoryStructure centralDirectoryStructure_;
   LocalFileHeader localFileHeader_;

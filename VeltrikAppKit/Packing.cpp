@@ -63,6 +63,9 @@ Packing::Packing(const URL& source, const ZipOptions& options) : options_(option
 void Packing::run(Archive& archive) const {
   beginProgress();
   ArchiveBatch batch(archive);
+  std::size_t nameBytes = 0;
+  for (const DirectoryItem& item : items_) nameBytes += item.path.size() + (S_ISDIR(item.mode) ? 1 : 0);
+  batch.reserve(items_.size(), nameBytes);
   DirectoryTree tree(base_);
   WorkAhead<ArchiveBatch::PreparedFile> ahead(items_.size(), [&] {
     const auto lane = std::make_shared<Lane>(*this, batch);

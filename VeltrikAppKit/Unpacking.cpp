@@ -1,7 +1,6 @@
 #include "VeltrikAppKit/Unpacking.h"
 
 #include <algorithm>
-#include <iterator>
 #include <memory>
 
 #include "Platform/Foundation/CocoaError.h"
@@ -44,18 +43,22 @@ class Unpacking::Lane {
       : work_(work),
         options_(work.extractOptions()),
         tree_(work.destination_),
-        reader_(ArchiveExtraction::makeReader(work.archive_)) {
+        entryReader_(ArchiveExtraction::entryReader(work.archive_)),
+        dataReader_(ArchiveExtraction::dataReader(work.archive_)) {
     options_.bufferSize = kAheadStep;
   }
 
   /// Nothing for what is no small file in a directory that exists, and for one of another size than it says.
-  std::optional<NamelessFile> prepare(const Entry& entry) {
-    if (entry.type() != Entry::EntryType::file || entry.uncompressedSize() > kLargestAhead) return std::nullopt;
+  std::optional<NamelessFile> prepare(const Place& at) {
+    if (at.type != Entry::EntryType::file) return std::nullopt;
+    const Entry* found = entryReader_.read(at.position);
+    if (found == nullptr || found->uncompressedSize() > kLargestAhead) return std::nullopt;
+    const Entry& entry = *found;
     const std::string path = work_.pathOf(entry);
     if (!isPlain(path)) return std::nullopt;
     const platform::FileAttributes attributes = attributesOf(entry, options_);
     const ItemPlace place = {tree_.directory(divided(path).first, DirectoryTree::Missing::fail), {}, path};
-    NamelessFile made{.file = openNameless(place.directory, attributes.posixPermissions & 0777)};
+    NamelessFile made{.entry = entry, .file = openNameless(place.directory, attributes.posixPermissions & 0777)};
     if (!made.file) return std::nullopt;
     const auto size = static_cast<std::uint64_t>(entry.uncompressedSize());
     std::uint64_t written = 0;
@@ -64,7 +67,7 @@ class Unpacking::Lane {
       if (written > size) throw CompressionError(CompressionError::Case::corruptedData, "more data than it says");
       writeAll(made.file.get(), block);
     };
-    made.checksum = ArchiveExtraction(work_.archive_, entry, options_).toConsumer(write, reader_);
+    made.checksum = ArchiveExtraction(work_.archive_, entry, options_).toConsumer(write, dataReader_);
     if (written != size) return std::nullopt;
     setAttributes(made.file.get(), place, attributes);
     return made;
@@ -74,23 +77,28 @@ class Unpacking::Lane {
   const Unpacking& work_;
   ExtractOptions options_;
   DirectoryTree tree_;
-  EntryDataReader reader_;
+  EntryReader entryReader_;
+  EntryDataReader dataReader_;
 };
 
 Unpacking::Unpacking(const Archive& archive, const URL& destination, const UnzipOptions& options)
     : archive_(archive),
       destination_(URL::directoryURL(destination.path()).standardized()),
       options_(options),
-      root_(destination_.path()) {
-  // Read once: what is counted, made and filled is then the same, whatever a later reading would meet.
-  std::ranges::copy(archive_, std::back_inserter(entries_));
-  const auto is = [](Entry::EntryType type) { return [type](const Entry& entry) { return entry.type() == type; }; };
+      root_(destination_.path()),
+      reader_(ArchiveExtraction::entryReader(archive)) {
+  forEachEntry(reader_, archive.endOfCentralDirectoryRecord(), [this](const Entry& entry, std::uint64_t position) {
+    entries_.push_back({position, entry.type()});
+    totalUnitCount_ += archive_.totalUnitCountForReading(entry);
+    return true;
+  });
+  const auto is = [](Entry::EntryType type) { return [type](const Place& entry) { return entry.type == type; }; };
   const auto others = std::ranges::stable_partition(entries_, is(Entry::EntryType::directory));
   std::ranges::stable_partition(others, is(Entry::EntryType::file));
 }
 
 void Unpacking::run() {
-  if (options_.progress != nullptr) options_.progress->setTotalUnitCount(totalUnitCount());
+  if (options_.progress != nullptr) options_.progress->setTotalUnitCount(totalUnitCount_);
   if (entries_.empty()) return finish(options_.progress);
   platform::FileManager().createDirectory(destination_, true);
   tree_.emplace(destination_);
@@ -106,12 +114,6 @@ void Unpacking::run() {
   }
   applyDirectoryAttributes();
   finish(options_.progress);
-}
-
-std::int64_t Unpacking::totalUnitCount() const {
-  std::int64_t total = 0;
-  for (const Entry& entry : entries_) total += archive_.totalUnitCountForReading(entry);
-  return total;
 }
 
 std::string Unpacking::pathOf(const Entry& entry) const {
@@ -143,14 +145,24 @@ void Unpacking::unpackAll() {
     const auto lane = std::make_shared<Lane>(*this);
     return [this, lane](std::size_t at) { return lane->prepare(entries_[at]); };
   });
-  for (std::size_t at = 0; at < entries_.size(); ++at) unpack(entries_[at], ahead.take(at));
+  for (std::size_t at = 0; at < entries_.size(); ++at) {
+    if (auto ready = ahead.take(at)) {
+      unpack(ready->entry, &*ready);
+    } else if (const Entry* entry = reader_.read(entries_[at].position)) {
+      unpack(*entry, nullptr);
+    } else {
+      // It was read when the entries were counted, but reading may fail at any time.
+      withContext({}, archive_.url(),
+                  [] { throw DataError(DataError::Case::unreadableFile, "an entry can't be read any more"); });
+    }
+  }
 }
 
-void Unpacking::unpack(const Entry& entry, std::optional<NamelessFile> ready) {
+void Unpacking::unpack(const Entry& entry, NamelessFile* ready) {
   const std::string entryPath = pathOf(entry);
   withContext(entryPath, archive_.url(), [&] {
     const std::string path = relativePath(entryPath);
-    const bool isReady = ready && publish(entry, path, *ready);
+    const bool isReady = ready != nullptr && publish(entry, path, *ready);
     const std::uint32_t checksum = isReady ? ready->checksum : extract(entry, path);
     if (entry.type() == Entry::EntryType::directory) made_.push_back({path, attributesOf(entry, extractOptions())});
     if (options_.extracted) options_.extracted(entry, checksum);

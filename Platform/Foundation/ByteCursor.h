@@ -1,11 +1,27 @@
 #pragma once
 
+#include <endian.h>
+
 #include <cstdint>
+#include <cstring>
 #include <optional>
+#include <type_traits>
 
 #include "Platform/Foundation/Data.h"
 
 namespace platform {
+
+/// The number whose bytes stand at `at`, least significant first.
+template <class Number>
+Number loadLittleEndian(const std::byte* at) {
+  static_assert(std::is_same_v<Number, std::uint16_t> || std::is_same_v<Number, std::uint32_t>);
+  Number value = 0;
+  std::memcpy(&value, at, sizeof value);
+  if constexpr (sizeof value == sizeof(std::uint16_t))
+    return le16toh(value);
+  else
+    return le32toh(value);
+}
 
 /// Reads little-endian numbers and runs of bytes from untrusted bytes, front to back. A read that does not fit yields
 /// nothing and leaves the cursor where it was.
@@ -30,11 +46,7 @@ class ByteCursor {
   std::optional<Number> number() {
     const auto taken = take(sizeof(Number));
     if (!taken) return std::nullopt;
-    Number value = 0;
-    for (std::size_t at = sizeof(Number); at-- > 0;) {
-      value = static_cast<Number>((value << 8) | std::to_integer<Number>((*taken)[at]));
-    }
-    return value;
+    return loadLittleEndian<Number>(taken->data());
   }
 
   DataView bytes_;

@@ -83,9 +83,20 @@ constexpr std::u16string_view kCodePage437 =
     u"αßΓπΣσµτΦΘΩδ∞φε∩≡±≥≤⌠⌡÷≈°∙·√ⁿ²■\u00A0";
 static_assert(kCodePage437.size() == 128);
 
-bool isASCII(DataView bytes) {
-  return std::none_of(bytes.begin(), bytes.end(),
-                      [](std::byte byte) { return (byte & std::byte{0x80}) != std::byte{0}; });
+/// How many ASCII characters the text starts with; eight at a time, since most texts are nothing else.
+std::size_t leadingASCII(std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  std::size_t at = 0;
+  for (std::uint64_t eight = 0; text.size() - at >= sizeof eight; at += sizeof eight) {
+    std::memcpy(&eight, text.data() + at, sizeof eight);
+    if ((eight & kHighBits) != 0) break;
+  }
+  while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80) ++at;
+  return at;
+}
+
+bool isASCII(std::string_view text) {
+  return leadingASCII(text) == text.size();
 }
 
 void appendUTF8(std::string& text, char16_t unit) {
@@ -149,18 +160,6 @@ std::string normalized(std::string_view name) {
   return result;
 }
 
-/// How many ASCII characters the text starts with; eight at a time, since most texts are nothing else.
-std::size_t leadingASCII(std::string_view text) {
-  constexpr std::uint64_t kHighBits = 0x8080808080808080;
-  std::size_t at = 0;
-  for (std::uint64_t eight = 0; text.size() - at >= sizeof eight; at += sizeof eight) {
-    std::memcpy(&eight, text.data() + at, sizeof eight);
-    if ((eight & kHighBits) != 0) break;
-  }
-  while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80) ++at;
-  return at;
-}
-
 /// The length of the well-formed sequence that `text` starts with, or 0.
 std::size_t sequenceLength(std::string_view text) {
   const auto byte = [&](std::size_t at) { return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U; };
@@ -197,11 +196,11 @@ std::optional<std::string> decode(DataView bytes, StringEncoding encoding) {
   const std::string_view text = textOf(bytes);
   switch (encoding) {
     case StringEncoding::ascii:
-      return isASCII(bytes) ? std::optional(std::string(text)) : std::nullopt;
+      return isASCII(text) ? std::optional(std::string(text)) : std::nullopt;
     case StringEncoding::utf8:
       return isValidUTF8(text) ? std::optional(std::string(text)) : std::nullopt;
     case StringEncoding::codePage437:
-      return isASCII(bytes) ? std::string(text) : decodeCodePage437(bytes);
+      return isASCII(text) ? std::string(text) : decodeCodePage437(bytes);
     default:
       return Converter(converterName(encoding)).convert(bytes);
   }

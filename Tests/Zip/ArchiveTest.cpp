@@ -150,6 +150,37 @@ TEST_F(ArchiveTest, EndsBeforeWhatItCannotRead) {
   for (const auto& row : cases) EXPECT_EQ(pathsOf(*openFile(row.bytes)), row.want) << row.why;
 }
 
+TEST_F(ArchiveTest, SkipsWithoutLookingAtWhatItPasses) {
+  const auto pathAfter = [](const Archive& archive, std::size_t skipped) {
+    auto at = archive.begin();
+    at.skip(skipped);
+    return at == archive.end() ? "none" : at->path();
+  };
+  const auto archive = openFile(assembled({fileMember("a", "1"), encrypted("b"), fileMember("c", "3")}));
+  const char* const want[] = {"a", "none", "c", "none", "none"};
+  for (std::size_t count = 0; count < std::size(want); ++count)
+    EXPECT_EQ(pathAfter(*archive, count), want[count]) << count;
+  Data damaged = assembled({fileMember("a", "1"), fileMember("b", "2"), fileMember("c", "3")});
+  damaged[3 * (30 + 1 + 1) + kCentralStart + 1] = std::byte{'X'};
+  EXPECT_EQ(pathAfter(*openFile(damaged), 2), "none");
+}
+
+TEST_F(ArchiveTest, AnEntryHasNothingOfTheOneBefore) {
+  Member streamed = fileMember("first with a long name", "abc");
+  streamed.flags |= 8;
+  streamed.localExtra = "extra";
+  streamed.descriptor = std::string("PK\x07\x08\x07\0\0\0\x03\0\0\0\x05\0\0\0", 16);
+  const auto archive = openFile(assembled({streamed, fileMember("b", "22")}));
+  auto at = archive->begin();
+  const Entry first = *at;
+  ++at;
+  EXPECT_FALSE(at->dataDescriptor());
+  EXPECT_EQ(at->localFileHeader().variableData, platform::copyOf(platform::bytesOf("b")));
+  EXPECT_EQ(at->uncompressedSize(), 2);
+  EXPECT_EQ(first.path(), "first with a long name");
+  EXPECT_EQ(first.uncompressedSize(), 5);
+}
+
 TEST_F(ArchiveTest, LooksUpTheFirstOfEqualPaths) {
   Member korean = fileMember("\xc7\xd1", "k");
   korean.flags = 0;

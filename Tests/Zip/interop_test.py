@@ -238,14 +238,23 @@ class FullArchiveWrittenHere(ToolTestCase):
         self.assertIn(b"Files: 65535", peer("7z", "t", archive))
         self.assertEqual(len(peer("bsdtar", "-tf", archive).splitlines()), MOST_ENTRIES)
         with zipfile.ZipFile(archive) as opened:
-            self.assertEqual(len(opened.namelist()), MOST_ENTRIES)
-        self.assertEqual(len(self.listed(archive)), MOST_ENTRIES)
+            names = opened.namelist()
+            middle = opened.infolist()[MOST_ENTRIES // 2]
+        self.assertEqual(len(names), MOST_ENTRIES)
+        self.assertEqual([line.split()[-1] for line in self.succeed("list", archive).decode().splitlines()], names)
+        self.assertEqual([entry["path"] for entry in self.listed(archive)], names)
         before = archive.read_bytes()
         (tree / "one more").write_bytes(b"")
         self.refuse("add", "--relative-to", tree, archive, "one more")
         self.assertEqual(archive.read_bytes(), before)
         self.refuse("create", self.folder / "too full.zip", tree)
         self.assertFalse((self.folder / "too full.zip").exists())
+        with open(archive, "r+b") as opened:
+            opened.seek(middle.header_offset)
+            opened.write(b"no header")
+        done = support.run("list", archive)
+        self.assertEqual((done.returncode, len(done.stdout.splitlines())), (1, MOST_ENTRIES // 2))
+        self.assertIn(b"only 32767 of 65535 entries", done.stderr)
 
 
 class Refused(ToolTestCase):
