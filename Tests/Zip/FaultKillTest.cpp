@@ -93,7 +93,7 @@ std::vector<Removal> removals() {
            },
            "file 1"},
           {"watched in steps", plain(8, 20'000), "file 3", 400},
-          {"watched in larger steps", plain(60, 20'000), "file 30", 900},
+          {"watched in larger steps", plain(90, 20'000), "file 45", 900},
           {"first of many small", plain(300, 10), "file 0"},
           {"one of big ones", plain(4, 3'000'000), "file 1"},
           {"one of two hundred", plain(200, 17'000), "file 100"}};
