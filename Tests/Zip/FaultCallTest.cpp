@@ -101,6 +101,8 @@ class FailingCalls : public testing::TestWithParam<Operation> {
 
 TEST_P(FailingCalls, AreReportedAndUndone) {
   for (const Failure& failure : kFailures) {
+    // A sanitizer whose own call fails ends the process in the middle, and what has a name then stays.
+    if (failure.isNamelessUnknown && fault::kIsSanitized) continue;
     for (const bool fromThenOn : {false, true}) {
       Injection injection{Injection::Kind::error, 0, failure.number, fromThenOn, failure.calls()};
       injection.isNamelessUnknown = failure.isNamelessUnknown;

@@ -35,6 +35,14 @@ struct Outcome {
 /// is stepped has ended.
 Outcome runStepped(const Injection& injection, const std::function<int()>& body);
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool kIsSanitized = true;
+#elif defined(__has_feature)
+inline constexpr bool kIsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+inline constexpr bool kIsSanitized = false;
+#endif
+
 /// Whether this machine can step and change system calls (x86-64 with ptrace allowed).
 bool canStep();
 

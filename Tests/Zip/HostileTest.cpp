@@ -9,6 +9,7 @@
 
 #include "Tests/ScratchFolder.h"
 #include "Tests/Zip/FaultAllocation.h"
+#include "Tests/Zip/FaultStepper.h"
 #include "Tests/Zip/HostileArchives.h"
 #include "Tests/Zip/HostileExercises.h"
 
@@ -18,17 +19,9 @@ using hostile::Bytes;
 using hostile::Specimen;
 namespace filesystem = std::filesystem;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kIsSanitized = true;
-#elif defined(__has_feature)
-constexpr bool kIsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool kIsSanitized = false;
-#endif
-
 constexpr std::size_t kMostMemory = 32u << 20;
 /// Of processor time, so that a busy machine does not matter; sanitizers slow everything down.
-constexpr double kMostSeconds = kIsSanitized ? 20 : 2;
+constexpr double kMostSeconds = fault::kIsSanitized ? 20 : 2;
 constexpr std::uint32_t kMutations = 20'000;
 constexpr std::uint32_t kShards = 20;
 /// Unpacking to disk costs more than all the rest, so only some of the mutated archives are.
