@@ -179,18 +179,6 @@ TEST_F(AlertTest, ALongTextScrollsByWheelAndKeys) {
   EXPECT_EQ(alert->runModal(), AlertResponse::kFirstButton);
 }
 
-/// A sheet is laid out by whoever shows it: before that, long texts lie where they run into the buttons.
-TEST_F(AlertTest, BeforeItIsShownItsWindowIsAsLowAsItCanBe) {
-  write("Message", repeated("words ", 200), {"OK"});
-  const auto window = alert->window();
-  EXPECT_EQ(window->frame().size(), window->contentView()->frame().size());
-  EXPECT_LT(texts().back()->frame().minY(), alert->buttons().front()->frame().maxY());
-  const auto parent = showWindow({100, 100, 600, 500});
-  alert->beginSheetModal(parent, nullptr);
-  desktop.advance(1);
-  EXPECT_GE(texts().back()->frame().minY(), alert->buttons().front()->frame().maxY());
-}
-
 TEST_F(AlertTest, CanBeShownAgainAndInsideAnother) {
   write("Outer", "", {"OK", "Cancel"});
   for (int round = 0; round < 3; ++round) {

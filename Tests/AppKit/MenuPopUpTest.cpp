@@ -1,5 +1,3 @@
-#include <stdexcept>
-
 #include "Platform/AppKit/MenuTracking.h"
 #include "Platform/AppKit/NSMenu.h"
 #include "Platform/AppKit/NSTextView.h"
@@ -168,18 +166,6 @@ TEST_F(MenuPopUpTest, ItGoesWithItsWindow) {
     menu->popUp({10, 10}, window->contentView().get());
     EXPECT_THAT(lines, ElementsAre("closed menu"));
   }
-}
-
-TEST_F(MenuPopUpTest, AnotherMenuTakesItsPlace) {
-  const auto first = makeMenu("first", {"one"}), second = makeMenu("second", {"two"});
-  EXPECT_FALSE(popUp(*first, [&] {
-    user().then([&] {
-      second->popUp({300, 400}, nullptr);
-      lines.emplace_back("second returned");
-    });
-    user().then([&] { EXPECT_TRUE(desktop.menus()->choose("two")); });
-  }));
-  EXPECT_THAT(lines, ElementsAre("closed second", "act two", "second returned", "closed first"));
 }
 
 TEST_F(MenuPopUpTest, WhatCannotBeShownClosesAtOnce) {

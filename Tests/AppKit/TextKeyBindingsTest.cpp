@@ -17,6 +17,7 @@ TEST(TextKeyBindings, FollowTheDesktop) {
   constexpr std::uint64_t kArrow = kNumericPad | kFunction;
   for (const Row& row : std::initializer_list<Row>{
            {KeyCode::kRightArrow, kArrow | kOption, "", ""},
+           {KeyCode::kDownArrow, kArrow | kShift, "", "moveDownAndModifySelection:"},
            {KeyCode::kPageDown, kShift, "", "pageDownAndModifySelection:"},
            {KeyCode::kReturn, kShift | kCapsLock, "\r", "insertNewline:"},
            {KeyCode::kReturn, kControl | kShift, "\r", ""},

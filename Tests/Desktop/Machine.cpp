@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
-#include <vector>
 
 #include "Backends/Desktop/DesktopBackend.h"
 #include "Backends/Headless/HeadlessBackend.h"

@@ -1,7 +1,6 @@
 #include <errno.h>
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <optional>
 
 #include "Backends/Headless/HeadlessBackend.h"

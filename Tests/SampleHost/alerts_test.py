@@ -1,7 +1,6 @@
 """Alerts and file panels on a real X server: clicked and typed in from outside, read as X has them, and with a portal played
 by this program. Run it under scripts/private-desktop --wm openbox with the interpreter that has the D-Bus modules."""
 
-import json
 import pathlib
 import shutil
 import tempfile
@@ -29,36 +28,27 @@ class HostCase(ServicesCase):
 
     def open(self, name, frame):
         self.console.call("host", "openChat", name, frame)
-        self.until(lambda: self.read(name, "key"), f"{name} is shown")
+        serve_until(lambda: self.read(name, "key"), f"{name} is shown")
         return self.read(name, "nativeHandle")
 
     def read(self, window, field):
         return self.console.desktop("read", window, field)
-
-    def until(self, condition, what):
-        return serve_until(condition, what)
 
     def app(self, name, *arguments):
         return self.console.call("app", name, *arguments)
 
     def begin(self, name, *arguments):
         """A call that answers when the user has; its number."""
-        self.console.last += 1
-        self.console.send(json.dumps(
-            {"id": self.console.last, "on": "app", "call": name, "args": arguments}))
-        return self.console.last
+        return self.console.begin("app", name, *arguments)
 
     def key_window(self, besides="main"):
         """The key window's number, once it is another one than `besides` and has the focus in X."""
         def found():
             for number in self.console.desktop("windows"):
                 if number != self.read(besides, "number") and self.read(number, "key"):
-                    return number if self.focused() == self.read(number, "nativeHandle") else None
+                    return number if self.server.focused() == self.read(number, "nativeHandle") else None
             return None
-        return self.until(found, "another window with the focus")
-
-    def focused(self):
-        return self.server.focused()
+        return serve_until(found, "another window with the focus")
 
     def in_window(self, number):
         """Texts and frames (from the top left corner of the screen) of an alert's parts."""
@@ -79,7 +69,8 @@ class HostCase(ServicesCase):
         return self.console.events("app").count("confirmCompletion")
 
     def back_on_main(self):
-        self.until(lambda: self.read("main", "key") and self.focused() == self.main, "the messenger has the keyboard again")
+        serve_until(lambda: self.read("main", "key") and self.server.focused() == self.main,
+                    "the messenger has the keyboard again")
 
 
 class Alerts(HostCase):
@@ -115,14 +106,14 @@ class Alerts(HostCase):
         self.start()
         other = self.open("other", rect(20, 20, 260, 200))
         self.app("showSheetAlertWith", "sheet", "", "OK", "Cancel", "main")
-        self.until(lambda: self.read("main", "sheet"), "a sheet")
+        serve_until(lambda: self.read("main", "sheet"), "a sheet")
         run("xdotool", "windowactivate", "--sync", other, "type", "abc")
-        self.until(lambda: any(view_text(self.read("other", "views"), "abc")), "the other window takes text")
+        serve_until(lambda: any(view_text(self.read("other", "views"), "abc")), "the other window takes text")
         begun = self.begin("showAlertWith", "modal", "", "OK", "Cancel")
         modal = self.key_window("other")
         self.assertTrue(self.read("main", "inputBlocked") and self.read("other", "inputBlocked"))
         run("xdotool", "windowactivate", other)
-        self.until(lambda: self.focused() == self.read(modal, "nativeHandle"), "the alert gets the focus back")
+        serve_until(lambda: self.server.focused() == self.read(modal, "nativeHandle"), "the alert gets the focus back")
         run("xdotool", "type", "xyz")
         keys("Escape")
         self.console.answer(begun)
@@ -159,7 +150,7 @@ class Panels(HostCase):
         return next((line["args"] for line in self.console.take() if line.get("event") == name), None)
 
     def answered(self, name):
-        return self.until(lambda: self.told(name), name)
+        return serve_until(lambda: self.told(name), name)
 
     def dialog(self):
         """The toolkit's dialog has the focus, and belongs to the messenger."""
@@ -198,11 +189,11 @@ class Panels(HostCase):
             self.app("showSavePanel", ANY_NAME, str(self.folder))
             panel = self.dialog()
             keys("Return")
-            question = self.until(lambda: self.focused() if self.focused() not in (panel, self.main) else None, "a question")
+            question = serve_until(lambda: {self.server.focused()} - {panel, self.main}, "a question").pop()
             self.assertIsNone(self.told("savePanelCompletion"))
             for key in presses:
                 keys(key)
-                self.until(lambda: self.focused() != question, "the question has gone")
+                serve_until(lambda: self.server.focused() != question, "the question has gone")
                 question = panel
             self.assertEqual(self.answered("savePanelCompletion"), [expected])
             self.back_on_main()
@@ -235,7 +226,7 @@ class Panels(HostCase):
         for moved in (False, True):
             portal.moved = moved
             self.app("showSavePanel", ANY_NAME, str(self.folder))
-            self.until(lambda: portal.requests, "a request")
+            serve_until(lambda: portal.requests, "a request")
             member, parent, options = portal.asked.pop()
             self.assertEqual((member, parent), ("SaveFile", f"x11:{self.main:x}"))
             self.assertEqual((options["current_name"], bytes(options["current_folder"]), bool(options["modal"])),
@@ -245,7 +236,7 @@ class Panels(HostCase):
                 errors="surrogateescape").decode(errors="replace")])
             portal.requests.clear()
         begun = self.begin("showOpenPanelWithCompletion")
-        self.until(lambda: portal.requests, "a request")
+        serve_until(lambda: portal.requests, "a request")
         member, _, options = portal.asked.pop()
         self.assertEqual((member, bool(options["multiple"]), bool(options["modal"])), ("OpenFile", True, True))
         self.assertTrue(self.read("main", "inputBlocked"))
@@ -254,7 +245,7 @@ class Panels(HostCase):
         self.assertEqual(self.answered("openPanelCompletion"), [["/b", "/a"]])
         portal.requests.clear()
         begun = self.begin("showDownloadPathSavePanel", str(self.folder))
-        self.until(lambda: portal.requests, "a request")
+        serve_until(lambda: portal.requests, "a request")
         self.assertTrue(bool(portal.asked.pop()[2]["directory"]))
         portal.choose(self.folder.as_uri() + "/")
         self.console.answer(begun)
@@ -267,7 +258,7 @@ class Panels(HostCase):
         for response, results in ((1, {}), (2, {"uris": dbus.Array(["file:///a"], "s")}), (0, {}), (0, {"uris": "text"}),
                                   (0, {"uris": dbus.Array([], "s")}), (0, {"uris": dbus.Array(["no uri", "http://a/"], "s")})):
             self.app("showSavePanel", "a", None)
-            self.until(lambda: portal.requests, "a request")
+            serve_until(lambda: portal.requests, "a request")
             portal.respond(response, results)
             self.assertEqual(self.answered("savePanelCompletion"), [None])
             portal.requests.pop().remove_from_connection()
@@ -277,7 +268,7 @@ class Panels(HostCase):
         self.start()
         silent = Portal(takes=False)
         self.app("showSavePanel", "silent", str(self.folder))
-        self.until(lambda: silent.asked, "a request")
+        serve_until(lambda: silent.asked, "a request")
         self.dialog()
         keys("Return")
         self.assertEqual(self.answered("savePanelCompletion"), [str(self.folder / "silent")])
@@ -289,7 +280,7 @@ class Panels(HostCase):
         silent.end()
         portal = Portal()
         self.app("showSavePanel", "gone", str(self.folder))
-        self.until(lambda: portal.requests, "a request")
+        serve_until(lambda: portal.requests, "a request")
         portal.end()
         self.dialog()
         keys("Return")
@@ -297,14 +288,14 @@ class Panels(HostCase):
         portal = Portal()
         self.addCleanup(portal.end)
         begun = self.begin("showOpenPanelWithCompletion")
-        self.until(lambda: portal.requests, "a request")
+        serve_until(lambda: portal.requests, "a request")
         self.back_on_x()
         keys("Escape")
         self.console.answer(begun)
-        self.until(lambda: portal.requests[-1].closed, "the portal is told to close")
+        serve_until(lambda: portal.requests[-1].closed, "the portal is told to close")
 
     def back_on_x(self):
-        self.until(lambda: self.focused() == self.main, "the messenger has the focus in X")
+        serve_until(lambda: self.server.focused() == self.main, "the messenger has the focus in X")
 
 
 if __name__ == "__main__":

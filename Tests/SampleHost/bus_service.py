@@ -115,6 +115,17 @@ def connection(bus):
     return connected
 
 
+def exactly(connected, count):
+    """So many bytes."""
+    data = b""
+    while len(data) < count:
+        part = connected.recv(count - len(data))
+        if not part:
+            raise EOFError
+        data += part
+    return data
+
+
 class Service:
     """Owns a name and answers calls from `answers`: member to (type, value), or None to stay silent; others get an
     error. The value of an "h" is an open file descriptor. `asked` lists the members whose calls were dealt with."""
@@ -150,23 +161,14 @@ class Service:
     def emit(self, member, *arguments, interface=None, path=None):
         self.send(SIGNAL, {PATH: path or self.path, INTERFACE: interface or self.name, MEMBER: member}, arguments)
 
-    def exactly(self, count):
-        data = b""
-        while len(data) < count:
-            part = self.socket.recv(count - len(data))
-            if not part:
-                raise EOFError
-            data += part
-        return data
-
     def read(self):
         try:
             while True:
-                start = self.exactly(16)
+                start = exactly(self.socket, 16)
                 kind = start[1]
                 body, serial, head = struct.unpack_from("<III", start, 4)
-                fields = header_fields(self.exactly(head + -head % 8)[:head])
-                self.exactly(body)
+                fields = header_fields(exactly(self.socket, head + -head % 8)[:head])
+                exactly(self.socket, body)
                 if kind == ANSWER and fields[REPLY_SERIAL] == 2:  # RequestName is the second call
                     self.owned.set()
                 if kind == CALL:

@@ -64,10 +64,14 @@ class Console:
             elif line["id"] == number:
                 return line
 
-    def call(self, on, name, *arguments):
+    def begin(self, on, name, *arguments):
+        """A call whose answer isn't waited for; its number."""
         self.last += 1
         self.send(json.dumps({"id": self.last, "on": on, "call": name, "args": arguments}))
-        answer = self.answer(self.last)
+        return self.last
+
+    def call(self, on, name, *arguments):
+        answer = self.answer(self.begin(on, name, *arguments))
         if "error" in answer:
             raise Refused(answer["error"])
         return answer["result"]

@@ -87,7 +87,7 @@ class Manners(HeadlessCase):
 
 
 class Calls(HeadlessCase):
-    """Every kind of request and of line that tells what came of it. What the plug-in makes of them is checked without the console."""
+    """Every kind of request and of line that tells what came of it. The plug-in is checked without it."""
 
     def test_a_window_is_bound_read_moved_and_closed(self):
         number = self.bound_window(frameAutosaveName="chat", initialWindowSize={"width": 320, "height": 240},

@@ -23,9 +23,6 @@ class RolesCase(HostCase):
         self.addCleanup(self.server.close)
         self.screen = screen_size()[1]
 
-    def until(self, condition, what):
-        return self.host.until(condition, what)
-
     def open(self, name, frame, answers=None, host=None):
         host = host or self.host
         for member, value in (answers or {}).items():
@@ -41,9 +38,6 @@ class RolesCase(HostCase):
         self.family = {name: self.open(name, frame, {"initialAttachmentsEdge": EDGES[name], "parentWindowHelper": "window:main"})
                        for name, frame in CHILDREN.items()}
 
-    def place(self, handle):
-        return self.server.place(handle)
-
     def drag(self, *step, steps):
         """Drags the main window by its title bar, and waits until the host has told of its end."""
         self.host.take()
@@ -52,16 +46,16 @@ class RolesCase(HostCase):
         for number in range(1, steps + 1):
             run("xdotool", "mousemove", x + step[0] * number, y + step[1] * number)
         run("xdotool", "mouseup", 1)
-        self.until(lambda: any(line.get("posted") == "mirelo_parentWindowFrame" for line in self.host.take()), "the drag ends")
+        self.host.until(lambda: any(line.get("posted") == "mirelo_parentWindowFrame" for line in self.host.take()), "the drag ends")
 
     def rests(self):
         """Whether the server shows the main window where the model has it."""
         frame = self.read("frame")
-        return self.place(self.main) == (frame["x"], self.screen - frame["y"] - frame["height"])
+        return self.server.place(self.main) == (frame["x"], self.screen - frame["y"] - frame["height"])
 
     def offsets(self):
-        x, y = self.place(self.main)
-        return {name: (px - x, py - y) for name, (px, py) in ((n, self.place(h)) for n, h in self.family.items())}
+        x, y = self.server.place(self.main)
+        return {name: (px - x, py - y) for name, (px, py) in ((n, self.server.place(h)) for n, h in self.family.items())}
 
     def model_offsets(self):
         """The same by the model's frames."""
@@ -85,9 +79,6 @@ class RolesCase(HostCase):
     def has_state(self, handle, state):
         return f"_NET_WM_STATE_{state}" in run("xprop", "-id", handle, "_NET_WM_STATE")
 
-    def is_mapped(self, handle):
-        return self.server.is_mapped(handle)
-
     def title_bar(self):
         """A point of the main window's title bar, from the top left."""
         frame = self.read("frame")
@@ -99,8 +90,8 @@ class Children(RolesCase):
         super().setUp()
         self.open_family()
         self.expected = self.model_offsets()
-        self.until(lambda: all(map(self.is_mapped, (self.main, *self.family.values()))), "the window manager shows them")
-        self.until(lambda: self.offsets() == self.expected, "the server shows what the model says")
+        self.host.until(lambda: all(map(self.server.is_mapped, (self.main, *self.family.values()))), "the window manager shows them")
+        self.host.until(lambda: self.offsets() == self.expected, "the server shows what the model says")
 
     def test_a_hundred_moves_leave_every_child_in_place(self):
         for number in range(100):
@@ -109,19 +100,20 @@ class Children(RolesCase):
                 run("xdotool", "windowmove", self.main, x, y)
             else:
                 self.host.desktop("setFrame", "main", rect(x, self.screen - y - MAIN["height"], MAIN["width"], MAIN["height"]))
-            self.until(lambda at=(x, y): self.place(self.main) == at, f"move {number} to {(x, y)}: {self.place(self.main)}")
-            self.until(lambda: self.offsets() == self.expected, f"move {number}: {self.offsets()}, not {self.expected}")
+            self.host.until(lambda at=(x, y): self.server.place(self.main) == at,
+                            f"move {number} to {(x, y)}: {self.server.place(self.main)}")
+            self.host.until(lambda: self.offsets() == self.expected, f"move {number}: {self.offsets()}, not {self.expected}")
         self.assertEqual(self.model_offsets(), self.expected)
 
     def test_a_drag_takes_the_children_along_at_every_step(self):
         frames = {name: self.server.top_level(handle) for name, handle in {"main": self.main, **self.family}.items()}
         names = {frame: name for name, frame in frames.items()}
-        start = {name: self.place(frame) for name, frame in frames.items()}
+        start = {name: self.server.place(frame) for name, frame in frames.items()}
         for frame in frames.values():
             self.server.watch(frame)
         self.drag(-3, 2, steps=40)
-        self.until(self.rests, "the window manager has worked off all steps")
-        self.until(lambda: self.offsets() == self.expected, "the children rest where they belong")
+        self.host.until(self.rests, "the window manager has worked off all steps")
+        self.host.until(lambda: self.offsets() == self.expected, "the children rest where they belong")
 
         parent_steps = [(0, 0)]
         made = dict.fromkeys(self.family, 0)
@@ -141,26 +133,26 @@ class Children(RolesCase):
 
     def test_they_minimise_restore_and_close_with_their_parent(self):
         helper = "window:main"
-        start = self.place(self.main)
+        start = self.server.place(self.main)
         for _ in range(2):
             self.host.call(helper, "minimize")
             for handle in (self.main, *self.family.values()):
-                self.until(lambda h=handle: not self.is_mapped(h), "all leave the screen")
+                self.host.until(lambda h=handle: not self.server.is_mapped(h), "all leave the screen")
             self.host.call(helper, "becomeFirstWindow")
             for handle in (self.main, *self.family.values()):
-                self.until(lambda h=handle: self.is_mapped(h), "all are back")
-            self.until(lambda: self.offsets() == self.expected and self.place(self.main) == start, "in their places")
-            self.until(lambda: self.active() == self.main, "it is active, so that nothing of its return is still to come")
+                self.host.until(lambda h=handle: self.server.is_mapped(h), "all are back")
+            self.host.until(lambda: self.offsets() == self.expected and self.server.place(self.main) == start, "in their places")
+            self.host.until(lambda: self.active() == self.main, "it is active, so that nothing of its return is still to come")
         run("xdotool", "windowminimize", self.main)
         for name, handle in {"main": self.main, **self.family}.items():
-            self.until(lambda n=name, h=handle: not self.is_mapped(h) and not self.read("visible", n), f"{name} goes too")
+            self.host.until(lambda n=name, h=handle: not self.server.is_mapped(h) and not self.read("visible", n), f"{name} goes too")
         run("xdotool", "windowactivate", self.main)
         for name, handle in {"main": self.main, **self.family}.items():
-            self.until(lambda n=name, h=handle: self.is_mapped(h) and self.read("visible", n),
-                       lambda n=name, h=handle: f"{n} is back: {self.is_mapped(h)}, {self.read('visible', n)}")
-        self.until(lambda: self.offsets() == self.expected and self.place(self.main) == start, "in their places")
+            self.host.until(lambda n=name, h=handle: self.server.is_mapped(h) and self.read("visible", n),
+                       lambda n=name, h=handle: f"{n} is back: {self.server.is_mapped(h)}, {self.read('visible', n)}")
+        self.host.until(lambda: self.offsets() == self.expected and self.server.place(self.main) == start, "in their places")
         self.host.call(helper, "closeWindow")
-        self.until(lambda: not any(handle in self.stacking() for handle in self.family.values()), "all are closed")
+        self.host.until(lambda: not any(handle in self.stacking() for handle in self.family.values()), "all are closed")
 
     def test_they_go_to_another_desktop_with_it(self):
         run("xdotool", "set_num_desktops", 2)
@@ -168,7 +160,7 @@ class Children(RolesCase):
         for desktop in ("1", "0"):
             run("xdotool", "set_desktop_for_window", self.main, desktop)
             for handle in (self.main, *self.family.values()):
-                self.until(lambda h=handle, d=desktop: run("xdotool", "get_desktop_for_window", h).strip() == d,
+                self.host.until(lambda h=handle, d=desktop: run("xdotool", "get_desktop_for_window", h).strip() == d,
                            f"all are on desktop {desktop}")
 
     def test_the_stacking_is_the_models(self):
@@ -184,28 +176,17 @@ class Children(RolesCase):
                              ("below", "makeMainAndKeyNSWindow")):
             with self.subTest(window, call=call):
                 self.host.call(f"window:{window}", call)
-                self.until(agree, f"{self.stacking()} is what the model says")
+                self.host.until(agree, f"{self.stacking()} is what the model says")
 
 
 class Levels(RolesCase):
-    def test_always_on_top_survives_hide_and_show(self):
-        main = self.open("main", MAIN)
-        self.host.call("window:main", "setIsWindowHidden", True)
-        self.host.call("window:main", "setAlwaysOnTop", True)
-        for _ in range(3):
-            self.host.call("window:main", "setIsWindowHidden", False)
-            self.until(lambda: self.has_state(main, "ABOVE"), "it is above")
-            self.assertTrue(self.host.call("window:main", "alwaysOnTop"))
-            self.host.call("window:main", "setIsWindowHidden", True)
-            self.until(lambda: not self.is_mapped(main), "it is hidden")
-
     def test_the_user_has_the_window_manager_keep_it_above(self):
         main = self.open("main", MAIN)
         for expected in (True, False, True):
-            self.server.ask_for_state(main, "ABOVE", expected)
-            self.until(lambda e=expected: self.host.call("window:main", "alwaysOnTop") == e, f"{expected} is heard")
+            run("wmctrl", "-i", "-r", main, "-b", f"{'add' if expected else 'remove'},above")
+            self.host.until(lambda e=expected: self.host.call("window:main", "alwaysOnTop") == e, f"{expected} is heard")
         self.host.call("window:main", "setAlwaysOnTop", False)
-        self.until(lambda: not self.has_state(main, "ABOVE"), "the host takes it back")
+        self.host.until(lambda: not self.has_state(main, "ABOVE"), "the host takes it back")
         self.assertFalse(self.host.call("window:main", "alwaysOnTop"))
 
 
@@ -213,7 +194,7 @@ class SlowWindowManager(RolesCase):
     def test_a_frame_stands_until_the_window_manager_has_answered(self):
         self.main = self.open("main", MAIN)
         manager = int(os.environ["PRIVATE_DESKTOP_WM_PID"])
-        self.until(self.rests, "it is at its place")
+        self.host.until(self.rests, "it is at its place")
         self.addCleanup(os.kill, manager, signal.SIGCONT)
 
         def stops():
@@ -225,32 +206,32 @@ class SlowWindowManager(RolesCase):
                 os.kill(manager, signal.SIGCONT)
                 return False
 
-        self.until(stops, "the window manager is stopped")
+        self.host.until(stops, "the window manager is stopped")
         frame = rect(200, 100, 410, 430)
         self.host.desktop("setFrame", "main", frame)
         begun = self.host.desktop("now")
-        self.until(lambda: self.host.desktop("now") > begun + 0.5, "it is given up for lost")
+        self.host.until(lambda: self.host.desktop("now") > begun + 0.5, "it is given up for lost")
         self.assertEqual(self.read("frame"), frame)
         os.kill(manager, signal.SIGCONT)
-        self.until(self.rests, "the server shows it there")
+        self.host.until(self.rests, "the server shows it there")
         self.assertEqual(self.read("frame"), frame)
 
 
 class Popover(RolesCase):
     def test_it_floats_at_its_place_fades_in_and_closes_with_main(self):
         self.main = main = self.open("main", MAIN)
-        self.until(self.rests, "the parent is at its place")
+        self.host.until(self.rests, "the parent is at its place")
         popover = self.open("popover", rect(0, 0, 200, 120), {
             "popoverWindowDescription": {"targetFrame": rect(50, 60, 200, 120), "parentWindowHelper": "window:main"}})
-        x, y = self.place(main)
-        self.until(lambda: self.place(popover) == (x + 50, y + 60), "it is at its place")
+        x, y = self.server.place(main)
+        self.host.until(lambda: self.server.place(popover) == (x + 50, y + 60), "it is at its place")
         self.assertIn(f"{main:#x}", run("xprop", "-id", popover, "WM_TRANSIENT_FOR"))
-        self.until(lambda: self.has_state(popover, "ABOVE"), "it floats")
-        self.until(lambda: self.host.call("window:popover", "alpha") == 1, "it has faded in")
+        self.host.until(lambda: self.has_state(popover, "ABOVE"), "it floats")
+        self.host.until(lambda: self.host.call("window:popover", "alpha") == 1, "it has faded in")
         run("xdotool", "windowmove", main, 200, 150)
-        self.until(lambda: self.place(popover) == (250, 210), "it stays with its parent")
+        self.host.until(lambda: self.server.place(popover) == (250, 210), "it stays with its parent")
         run("xdotool", "mousemove", 200 + 300, 150 + 350, "click", 1)
-        self.until(lambda: popover not in self.stacking(), "a click on the parent closes it")
+        self.host.until(lambda: popover not in self.stacking(), "a click on the parent closes it")
 
 
 class Sheet(RolesCase):
@@ -262,24 +243,24 @@ class Sheet(RolesCase):
     def show(self, name):
         self.sheet = self.open(name, rect(0, 0, 240, 120))
         self.host.call(f"window:{name}", "convertAsSheetWindowWithParentWindowHelper", "window:main")
-        self.until(lambda: self.is_mapped(self.sheet), "it is shown")
+        self.host.until(lambda: self.server.is_mapped(self.sheet), "it is shown")
 
     def below_title_bar(self):
-        x, y = self.place(self.main)
-        return self.place(self.sheet) == (x + 80, y + 29)
+        x, y = self.server.place(self.main)
+        return self.server.place(self.sheet) == (x + 80, y + 29)
 
     def test_it_hangs_from_the_title_bar_and_blocks_its_parent_only(self):
-        self.until(self.below_title_bar, "it hangs below the title bar")
-        self.until(lambda: self.has_state(self.sheet, "MODAL"), "the window manager knows")
-        self.until(lambda: self.active() == self.sheet, "it has the keyboard")
+        self.host.until(self.below_title_bar, "it hangs below the title bar")
+        self.host.until(lambda: self.has_state(self.sheet, "MODAL"), "the window manager knows")
+        self.host.until(lambda: self.active() == self.sheet, "it has the keyboard")
         other = self.open("other", rect(20, 20, 200, 200))
-        self.until(lambda: self.active() == other, "another window takes the keyboard")
+        self.host.until(lambda: self.active() == other, "another window takes the keyboard")
         self.host.call("host", "answer", "window:main", "mouseRightClick", True)
         self.host.take()
-        x, y = self.place(self.main)
+        x, y = self.server.place(self.main)
         for _ in range(2):
             run("xdotool", "mousemove", x + 30, y + 350, "click", 1, "click", 3)
-            self.until(lambda: self.active() == self.sheet, "a click on the parent calls the sheet")
+            self.host.until(lambda: self.active() == self.sheet, "a click on the parent calls the sheet")
         self.assertNotIn("mouseRightClick", self.host.events("window:main"))
         run("xdotool", "mousemove", x + 15, y + 14, "click", 1)
         self.assertIn(self.main, self.stacking(), "the close button")
@@ -287,29 +268,29 @@ class Sheet(RolesCase):
         self.assertEqual(ordered, [self.main, self.sheet])
 
     def test_it_moves_with_its_parent(self):
-        self.until(self.below_title_bar, "it hangs below the title bar")
-        start = self.place(self.main)
+        self.host.until(self.below_title_bar, "it hangs below the title bar")
+        start = self.server.place(self.main)
         self.drag(4, 3, steps=20)
-        self.until(self.rests, "the window manager has worked off all steps")
-        self.assertGreater(self.place(self.main)[0], start[0] + 50)
-        self.until(self.below_title_bar, "it is there")
+        self.host.until(self.rests, "the window manager has worked off all steps")
+        self.assertGreater(self.server.place(self.main)[0], start[0] + 50)
+        self.host.until(self.below_title_bar, "it is there")
         run("xdotool", "windowmove", self.main, 250, 90)
-        self.until(lambda: self.place(self.main) == (250, 90) and self.below_title_bar(), "moved by the window manager")
+        self.host.until(lambda: self.server.place(self.main) == (250, 90) and self.below_title_bar(), "moved by the window manager")
 
     def test_it_ends_and_leaves_the_parent_usable_however_often(self):
         self.host.call("host", "answer", "window:main", "mouseRightClick", True)
-        x, y = self.place(self.main)
+        x, y = self.server.place(self.main)
         for number, (window, end) in enumerate((("main", "closeChildAlert"), ("second", "closeSheetWindow"))):
             with self.subTest(end):
                 if number:
                     self.show(window)
-                self.until(lambda: self.active() == self.sheet, "it has the keyboard")
+                self.host.until(lambda: self.active() == self.sheet, "it has the keyboard")
                 self.host.call(f"window:{window}", end)
-                self.until(lambda: self.sheet not in self.stacking(), "it is gone")
-                self.until(lambda: self.active() == self.main, "the keyboard is back")
+                self.host.until(lambda: self.sheet not in self.stacking(), "it is gone")
+                self.host.until(lambda: self.active() == self.main, "the keyboard is back")
                 self.host.take()
                 run("xdotool", "mousemove", x + 30, y + 350, "click", 3)
-                self.until(lambda: "mouseRightClick" in self.host.events("window:main"), "the parent takes clicks")
+                self.host.until(lambda: "mouseRightClick" in self.host.events("window:main"), "the parent takes clicks")
 
 
 class Autosave(RolesCase):
@@ -326,7 +307,7 @@ class Autosave(RolesCase):
                         host.desktop("setFrame", "chat", frame)
                     handle = host.desktop("read", "chat", "nativeHandle")
                     place = (frame["x"], self.screen - frame["y"] - frame["height"])
-                    host.until(lambda h=handle: self.place(h) == place, "the server shows it there")
+                    host.until(lambda h=handle: self.server.place(h) == place, "the server shows it there")
                     self.assertEqual(host.call("window:chat", "nsWindowFrame"), frame)
                     host.call("window:chat", "closeWindow")
 
@@ -348,14 +329,14 @@ class Companion(RolesCase):
         run("xdotool", "mousemove", x, y, "mousedown", 1)
         for step in range(1, 21):
             run("xdotool", "mousemove", x + 4 * step, y + 3 * step)
-        self.until(lambda: self.read("frame")["x"] > MAIN["x"] + 40, "the window moves")
+        self.host.until(lambda: self.read("frame")["x"] > MAIN["x"] + 40, "the window moves")
         self.assertEqual(heard(), [], "nothing before the button is up")
         run("xdotool", "mouseup", 1)
-        self.until(lambda: len(heard()) == 1, lambda: f"one frame after the move: {self.heard}")
+        self.host.until(lambda: len(heard()) == 1, lambda: f"one frame after the move: {self.heard}")
         run("xdotool", "mousemove", x + 80, y + 260, "click", 1)
         for _ in range(2):
             self.host.desktop("setFrame", "main", rect(100, 120, 300, 310))
-        self.until(lambda: len(heard()) >= 2, "the resize")
+        self.host.until(lambda: len(heard()) >= 2, "the resize")
         other.desktop("settle")
         self.assertEqual([(window, resized) for window, resized, _ in heard()], [("main", "false"), ("main", "true")])
         self.assertEqual(self.heard[1][2], "{{100, 120}, {300, 310}}")

@@ -6,6 +6,8 @@ import socket
 import struct
 import threading
 
+from bus_service import exactly
+
 QUERY_EXTENSION, GET_INPUT_FOCUS, OPCODE = 98, 43, 200
 CAPABLE, INFO = 1, 7
 REPLY, GENERIC_EVENT = 1, 35
@@ -63,28 +65,18 @@ class Connection:
                 except OSError:
                     pass
 
-    @staticmethod
-    def exactly(end, count):
-        data = b""
-        while len(data) < count:
-            part = end.recv(count - len(data))
-            if not part:
-                raise EOFError
-            data += part
-        return data
-
     def requests(self):
-        start = self.exactly(self.client, 12)
+        start = exactly(self.client, 12)
         name, data = struct.unpack_from("<HH", start, 6)
-        self.server.sendall(start + self.exactly(self.client, name + -name % 4 + data + -data % 4))
+        self.server.sendall(start + exactly(self.client, name + -name % 4 + data + -data % 4))
         sequence = 0
         while True:
-            request = self.exactly(self.client, 4)
+            request = exactly(self.client, 4)
             opcode, minor, length = struct.unpack("<BBH", request)
             if length == 0:
-                request += self.exactly(self.client, 4)
+                request += exactly(self.client, 4)
                 length = struct.unpack_from("<I", request, 4)[0]
-            request += self.exactly(self.client, 4 * length - len(request))
+            request += exactly(self.client, 4 * length - len(request))
             sequence = (sequence + 1) % 0x10000
             if opcode == QUERY_EXTENSION:
                 asked = request[8:8 + struct.unpack_from("<H", request, 4)[0]]
@@ -96,13 +88,13 @@ class Connection:
             self.server.sendall(request)
 
     def answers(self):
-        start = self.exactly(self.server, 8)
-        self.client.sendall(start + self.exactly(self.server, 4 * struct.unpack_from("<H", start, 6)[0]))
+        start = exactly(self.server, 8)
+        self.client.sendall(start + exactly(self.server, 4 * struct.unpack_from("<H", start, 6)[0]))
         while True:
-            answer = self.exactly(self.server, 32)
+            answer = exactly(self.server, 32)
             kind, sequence, length = struct.unpack_from("<BxHI", answer)
             if kind in (REPLY, GENERIC_EVENT, GENERIC_EVENT | 0x80):
-                answer += self.exactly(self.server, 4 * length)
+                answer += exactly(self.server, 4 * length)
             if kind == REPLY and sequence in self.asked:
                 body = self.asked.pop(sequence)()
                 answer = answer[:8] + body + answer[8 + len(body):]

@@ -1,10 +1,9 @@
 """What the X server knows of windows and of its user, read over a connection of its own."""
 
 import ctypes
+import subprocess
 
-STRUCTURE_NOTIFY_MASK, CONFIGURE_NOTIFY, CLIENT_MESSAGE = 1 << 17, 22, 33
-TO_WINDOW_MANAGER = 1 << 19 | 1 << 20  # substructure notify and redirect
-FROM_PAGER, IS_VIEWABLE = 2, 2
+STRUCTURE_NOTIFY_MASK, CONFIGURE_NOTIFY = 1 << 17, 22
 
 
 class ConfigureEvent(ctypes.Structure):
@@ -14,30 +13,13 @@ class ConfigureEvent(ctypes.Structure):
                 ("above", ctypes.c_ulong), ("override_redirect", ctypes.c_int)]
 
 
-class ClientMessage(ctypes.Structure):
-    _fields_ = [("type", ctypes.c_int), ("serial", ctypes.c_ulong), ("send_event", ctypes.c_int),
-                ("display", ctypes.c_void_p), ("window", ctypes.c_ulong), ("message_type", ctypes.c_ulong),
-                ("format", ctypes.c_int), ("data", ctypes.c_long * 5)]
-
-
-class WindowAttributes(ctypes.Structure):
-    _fields_ = [("x", ctypes.c_int), ("y", ctypes.c_int), ("width", ctypes.c_int), ("height", ctypes.c_int),
-                ("border_width", ctypes.c_int), ("depth", ctypes.c_int), ("visual", ctypes.c_void_p),
-                ("root", ctypes.c_ulong), ("kind", ctypes.c_int), ("bit_gravity", ctypes.c_int),
-                ("win_gravity", ctypes.c_int), ("backing_store", ctypes.c_int), ("backing_planes", ctypes.c_ulong),
-                ("backing_pixel", ctypes.c_ulong), ("save_under", ctypes.c_int), ("colormap", ctypes.c_ulong),
-                ("map_installed", ctypes.c_int), ("map_state", ctypes.c_int), ("all_event_masks", ctypes.c_long),
-                ("your_event_mask", ctypes.c_long), ("do_not_propagate_mask", ctypes.c_long),
-                ("override_redirect", ctypes.c_int), ("screen", ctypes.c_void_p)]
-
-
 class ScreenSaverInfo(ctypes.Structure):
     _fields_ = [("window", ctypes.c_ulong), ("state", ctypes.c_int), ("kind", ctypes.c_int),
                 ("til_or_since", ctypes.c_ulong), ("idle", ctypes.c_ulong), ("mask", ctypes.c_ulong)]
 
 
 class Event(ctypes.Union):
-    _fields_ = [("type", ctypes.c_int), ("configure", ConfigureEvent), ("message", ClientMessage), ("pad", ctypes.c_long * 24)]
+    _fields_ = [("type", ctypes.c_int), ("configure", ConfigureEvent), ("pad", ctypes.c_long * 24)]
 
 
 ErrorHandler = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_void_p, ctypes.c_void_p)
@@ -72,9 +54,8 @@ class XServer:
 
     def is_mapped(self, window):
         """Whether it is on the screen."""
-        attributes = WindowAttributes()
-        found = self.x11.XGetWindowAttributes(self.display, ctypes.c_ulong(window), ctypes.byref(attributes))
-        return bool(found) and attributes.map_state == IS_VIEWABLE
+        seen = subprocess.run(["xwininfo", "-id", str(window)], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=20)
+        return b"IsViewable" in seen.stdout
 
     def focused(self):
         """The window with the keyboard; 0 or 1 for none and for whichever the pointer is in."""
@@ -101,15 +82,6 @@ class XServer:
             if parent.value == root.value:
                 return window
             window = parent.value
-
-    def ask_for_state(self, window, state, on):
-        """Has the window manager change a _NET_WM_STATE, as its menu or a pager does for the user."""
-        self.x11.XInternAtom.restype = ctypes.c_ulong
-        atom = lambda name: self.x11.XInternAtom(self.display, name.encode(), 0)
-        event = Event(message=ClientMessage(type=CLIENT_MESSAGE, window=window, message_type=atom("_NET_WM_STATE"), format=32))
-        event.message.data[:] = [int(on), atom(f"_NET_WM_STATE_{state}"), 0, FROM_PAGER, 0]
-        self.x11.XSendEvent(self.display, self.root, 0, ctypes.c_long(TO_WINDOW_MANAGER), ctypes.byref(event))
-        self.x11.XSync(self.display, 0)
 
     def watch(self, window):
         """From now on `steps` tells of it."""

@@ -21,7 +21,6 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
 
 const std::string kFlow = "[Mirelo AppRestarter] ";
@@ -325,28 +324,21 @@ TEST_F(AppRestarterTest, AStepThatIsToComeIsLeftOutWhenTheRestarterGoes) {
   expectUntouched();
 }
 
-TEST_F(AppRestarterTest, ASecondRequestTakesThePlaceOfTheFirst) {
+TEST_F(AppRestarterTest, OfTwoRequestsOneInstalls) {
   bench.makeUpdate(bench.archive());
   headless::HeadlessBackend desktop;
   const platform::Session session(desktop);
-  auto restarter = AppRestarter::make();
-  restarter->restart(bench.archive());
-  restarter = AppRestarter::make();
-  restarter->restart(bench.archive());
-  desktop.settle();
-  expectInstalled();
-}
-
-TEST_F(AppRestarterTest, TwoRestartersOneAfterTheOtherInstallOnce) {
-  bench.makeUpdate(bench.archive());
-  headless::HeadlessBackend desktop;
-  const platform::Session session(desktop);
-  const auto first = AppRestarter::make();
-  const auto second = AppRestarter::make();
-  first->restart(bench.archive());
-  second->restart(bench.archive());
-  desktop.settle();
-  expectInstalled();
+  for (const bool firstStays : {false, true}) {
+    SCOPED_TRACE(firstStays);
+    bench.makeInstalled();
+    auto first = AppRestarter::make();
+    first->restart(bench.archive());
+    if (!firstStays) first.reset();
+    const auto second = AppRestarter::make();
+    second->restart(bench.archive());
+    desktop.settle();
+    expectInstalled();
+  }
 }
 
 TEST_F(AppRestarterTest, StartsTheProgramOnceMore) {

@@ -1,5 +1,3 @@
-#include "Platform/Foundation/NotificationCenter.h"
-#include "Platform/Foundation/UserDefaults.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
 
 namespace veltrik {
@@ -28,11 +26,6 @@ class LifecycleTest : public PluginTest {
 
   std::shared_ptr<TestApplicationDelegate> applicationDelegate = std::make_shared<TestApplicationDelegate>();
 };
-
-TEST_F(LifecycleTest, CreationForcesTwoSettings) {
-  EXPECT_EQ(platform::UserDefaults::standard().get("NSFullScreenMenuItemEverywhere"), platform::Value(false));
-  EXPECT_FALSE(NSWindow::allowsAutomaticWindowTabbing());
-}
 
 TEST_F(LifecycleTest, TheTakeOverHappensInALaterTurn) {
   applicationDelegate->answerReopen();
@@ -187,14 +180,6 @@ TEST_F(LifecycleTest, TheDelegateSetLastAnswersForTheApplication) {
   EXPECT_EQ(appKit->delegate(), host);
   appKit->setDelegate(host);
   EXPECT_TRUE(NSApplication::shared().reopen());
-}
-
-TEST_F(LifecycleTest, FullScreenIsAPresentationOption) {
-  EXPECT_FALSE(appKit->isFullscreenMode());
-  NSApplication::shared().setPresentationOptions(1024 | 1);
-  EXPECT_TRUE(appKit->isFullscreenMode());
-  NSApplication::shared().setPresentationOptions(1023);
-  EXPECT_FALSE(appKit->isFullscreenMode());
 }
 
 TEST_F(LifecycleTest, ItsEndIsWrittenToStandardOutput) {

@@ -17,6 +17,14 @@ class MonitorsTest : public PluginTest {
     EXPECT_NEAR(got.x, wanted.x, 1e-9);
     EXPECT_NEAR(got.y, wanted.y, 1e-9);
   }
+  /// A double click in a window, whichever is main.
+  static void pressIn(const NSWindow& window, platform::EventType type) {
+    auto event = std::make_shared<NSEvent>();
+    event->type = type;
+    event->clickCount = 2;
+    event->windowNumber = window.windowNumber();
+    NSApplication::shared().sendEvent(event);
+  }
   BoundWindow showSized(const std::string& id, const Rect& frame, bool painted = false) {
     const auto hostWindow = std::make_shared<TestHostWindow>(id);
     if (painted) hostWindow->titleColor = platform::Color{};
@@ -55,15 +63,10 @@ TEST_F(MonitorsTest, ClicksInAnotherWindowAreNotReported) {
   const auto bound = showSized("main", {700, 100, 300, 300});
   const auto foreign = makeNativeWindow({100, 100, 300, 300});
   foreign->orderFront();
-  for (const auto button : {headless::Button::left, headless::Button::right}) {
-    auto event = std::make_shared<NSEvent>();
-    event->type =
-        button == headless::Button::left ? platform::EventType::leftMouseDown : platform::EventType::rightMouseDown;
-    event->clickCount = 2;
-    event->windowNumber = foreign->windowNumber();
+  for (const auto type : {platform::EventType::leftMouseDown, platform::EventType::rightMouseDown}) {
     bound.helper()->becomeFirstWindow();
     ASSERT_TRUE(bound.native->isMainWindow());
-    NSApplication::shared().sendEvent(event);
+    pressIn(*foreign, type);
   }
   EXPECT_THAT(bound.host->clicks, IsEmpty());
 }
@@ -73,13 +76,9 @@ TEST_F(MonitorsTest, TheMonitorsLiveWhileTheWindowIsMain) {
   const auto second = showSized("second", {400, 100, 300, 300});
   first.helper()->becomeFirstWindow();
   second.helper()->becomeFirstWindow();
-  auto event = std::make_shared<NSEvent>();
-  event->type = platform::EventType::rightMouseDown;
-  event->windowNumber = first.native->windowNumber();
-  NSApplication::shared().sendEvent(event);
+  pressIn(*first.native, platform::EventType::rightMouseDown);
   EXPECT_THAT(first.host->clicks, IsEmpty());
-  event->windowNumber = second.native->windowNumber();
-  NSApplication::shared().sendEvent(event);
+  pressIn(*second.native, platform::EventType::rightMouseDown);
   EXPECT_EQ(second.host->clicks.size(), 1u);
 }
 
@@ -158,19 +157,6 @@ TEST_F(MonitorsTest, WithoutTheHelperEventsPass) {
   desktop.user().key(KeyCode::kA, "a");
   EXPECT_EQ(bound.view().mouseDowns, 2);
   EXPECT_EQ(bound.view().keys, "a");
-}
-
-TEST_F(MonitorsTest, AKeyPressOfTheRightArrowIsMadeFromNothing) {
-  const auto bound = show("main");
-  std::vector<std::pair<platform::EventType, int>> seen;
-  NSApplication::shared().addLocalMonitor(platform::kAnyEventMask, [&](const auto& event) {
-    seen.emplace_back(event->type, event->keyCode);
-    return event;
-  });
-  bound.helper()->generateRightArrowKey();
-  EXPECT_THAT(seen,
-              ElementsAre(std::pair(platform::EventType::keyDown, 124), std::pair(platform::EventType::keyUp, 124)));
-  EXPECT_EQ(bound.view().keys, "\uF703");
 }
 
 TEST_F(MonitorsTest, ColoursComeFromHexadecimal) {

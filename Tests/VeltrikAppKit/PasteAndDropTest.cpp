@@ -2,7 +2,6 @@
 #include "Platform/Foundation/Bundle.h"
 #include "Tests/ScratchFolder.h"
 #include "Tests/VeltrikAppKit/PluginTest.h"
-#include "VeltrikAppKit/CustomViews.h"
 
 namespace veltrik {
 namespace {

@@ -41,22 +41,6 @@ class PopoverMenuTest : public PluginTest {
   std::vector<std::string> chosen;
 };
 
-TEST_F(PopoverMenuTest, ARightClickLeadsToAMenuAtThePointerAndToTheChosenHandler) {
-  const auto bound = show("main");
-  const std::size_t views = bound.view().subviews().size();
-  rightClick(bound, {noting("Reply"), std::make_shared<Item>("-"), noting("답장")}, {300, 350}, [&] {
-    const auto* menu = desktop.menus()->open();
-    ASSERT_NE(menu, nullptr);
-    EXPECT_EQ(menu->topLeft, Point(300, 350));
-    EXPECT_EQ(bound.view().subviews().size(), views + 1);
-    EXPECT_EQ(bound.view().subviews().back()->frame(), bound.view().bounds());
-    EXPECT_TRUE(menu->entries[1].separator);
-    EXPECT_TRUE(desktop.menus()->choose("답장"));
-  });
-  EXPECT_THAT(chosen, ElementsAre("답장"));
-  EXPECT_EQ(bound.view().subviews().size(), views);
-}
-
 TEST_F(PopoverMenuTest, OnlyOnIsACheckMarkAndALineWithoutAHandlerMayBeChosen) {
   const auto bound = show("main");
   const Items items{std::make_shared<Item>("checked", "on"), std::make_shared<Item>("off", "off"),

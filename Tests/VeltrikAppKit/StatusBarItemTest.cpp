@@ -34,22 +34,6 @@ class StatusBarItemTest : public PluginTest {
   std::shared_ptr<VeltrikStatusBarItemProtocol> item = appKit->createStatusBarItemWithImageName("appKit_statusBar");
 };
 
-TEST_F(StatusBarItemTest, LinesStandInTheirOrderAndRunTheirHandlers) {
-  add("열기", 1, "o");
-  item->addSeparator();
-  add("Quit_now", 2);
-  ASSERT_EQ(menu().size(), 3U);
-  EXPECT_EQ(menu()[0].title, "열기");
-  EXPECT_EQ(menu()[0].keyEquivalent, "o");
-  EXPECT_NE(menu()[0].modifiers, 0U);
-  EXPECT_TRUE(menu()[1].isSeparator);
-  EXPECT_EQ(menu()[2].keyEquivalent, "");
-  EXPECT_EQ(menu()[2].modifiers, 0U);
-  EXPECT_EQ(choose("열기"), std::vector<std::string>{"열기"});
-  EXPECT_EQ(choose("Quit_now"), std::vector<std::string>{"Quit_now"});
-  EXPECT_EQ(choose("nothing"), std::vector<std::string>{});
-}
-
 TEST_F(StatusBarItemTest, TagsFindTheFirstLineOnly) {
   add("first", 7);
   add("second", 7);

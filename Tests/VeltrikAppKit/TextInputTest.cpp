@@ -17,14 +17,7 @@ INSTANTIATE_TEST_SUITE_P(All, TextInputKinds, testing::Values(InputType::common,
 TEST_P(TextInputKinds, AreMadeForOneKindOfInput) {
   constexpr double kLargest = std::numeric_limits<double>::max();
   const bool isConversation = GetParam() == InputType::conversation;
-  EXPECT_EQ(input->borderType(), platform::BorderType::none);
-  EXPECT_TRUE(input->hasVerticalScroller());
-  EXPECT_FALSE(input->hasHorizontalScroller());
-  EXPECT_FALSE(input->drawsBackground());
   EXPECT_EQ(input->verticalScroller()->scrollerStyle(), platform::ScrollerStyle::overlay);
-  EXPECT_FALSE(text().isRichText());
-  EXPECT_FALSE(text().drawsBackground());
-  EXPECT_EQ(text().backgroundColor(), (platform::Color{1, 0, 0, 1}));
   EXPECT_EQ(text().textContainer().lineBreakMode, platform::LineBreakMode::byCharWrapping);
   const platform::Attributes expected{{platform::kFontAttribute, platform::Font{.size = isConversation ? 13.0 : 14.0}}};
   EXPECT_EQ(text().defaultAttributes(), expected);

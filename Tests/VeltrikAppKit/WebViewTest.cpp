@@ -219,19 +219,6 @@ TEST_F(WebViewTest, AFailedStartIsTriedOnceMoreEachTime) {
   }
 }
 
-TEST_F(WebViewTest, OneThatRunsIsNotStartedAgainAndEndsWithTheHost) {
-  makeCompanion(app());
-  EXPECT_FALSE(appKit->hasActiveWebView());
-  open();
-  open();
-  EXPECT_EQ(companions().size(), 1U);
-  EXPECT_TRUE(appKit->hasActiveWebView());
-  told();
-  appKit->applicationWillTerminate();
-  EXPECT_EQ(pipe.get(), std::ifstream::traits_type::eof());
-  EXPECT_FALSE(appKit->hasActiveWebView());
-}
-
 TEST(WebViewParameters, AreTheRequestAndItsOptions) {
   struct Row {
     Dictionary options;

@@ -192,21 +192,6 @@ TEST_F(WindowEventsTest, AHostThatThrowsLosesNeitherMonitorsNorAPopoversClosing)
   EXPECT_TRUE(popover.native->isClosed());
 }
 
-TEST_F(WindowEventsTest, MinimisingAndZoomingReachTheMachineAndComeBack) {
-  const auto bound = show("main");
-  auto& surface = surfaceOf(*bound.native);
-  bound.helper()->minimize();
-  desktop.settle();
-  EXPECT_TRUE(surface.isMinimised());
-  EXPECT_THAT(bound.host->takeCalls(), Contains("windowDidMiniaturize"));
-  desktop.windows().userMinimises(surface, false);
-  desktop.settle();
-  EXPECT_THAT(bound.host->takeCalls(), Contains("windowDidDeminiaturize"));
-  bound.helper()->maximize();
-  desktop.settle();
-  EXPECT_TRUE(bound.native->isZoomed());
-}
-
 TEST_F(WindowEventsTest, MakingMainAndKeyAlsoShowsAHiddenWindow) {
   const auto first = show("first");
   const auto second = show("second");

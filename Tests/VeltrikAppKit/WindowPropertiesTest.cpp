@@ -5,21 +5,6 @@ namespace {
 
 class WindowPropertiesTest : public PluginTest {};
 
-TEST_F(WindowPropertiesTest, EachWritesThroughToTheWindow) {
-  const auto bound = show("main");
-  const auto& helper = bound.helper();
-  helper->setAlpha(0.5);
-  EXPECT_EQ(bound.native->alphaValue(), 0.5);
-  helper->setAlwaysOnTop(true);
-  EXPECT_EQ(bound.native->level(), 3);
-  helper->setIsWindowRestorable(true);
-  EXPECT_TRUE(bound.native->isRestorable());
-  helper->setIsWindowHidden(true);
-  EXPECT_FALSE(bound.native->isVisible());
-  helper->setIsWindowHidden(false);
-  EXPECT_TRUE(bound.native->isVisible());
-}
-
 TEST_F(WindowPropertiesTest, OnlyTheFloatingLevelIsAlwaysOnTop) {
   const auto bound = show("main");
   for (const int level : {-1, 0, 2, 3, 4, 8}) {
