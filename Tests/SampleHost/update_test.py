@@ -79,10 +79,11 @@ class InstalledCase(HostCase):
             if line.get("event") == "webViewDownloadCompletedWithResult":
                 self.feedback.append(line["args"][0])
 
-    def until_told(self, event):
+    def until_told(self, event, address=""):
         def told():
             self.listen()
-            return [each for each in self.feedback if isinstance(each, dict) and each["event"] == event]
+            return [each for each in self.feedback if isinstance(each, dict) and each["event"] == event and
+                    each.get("url", "").endswith(address)]
         return self.host.until(told, f"feedback {event!r}")[0]
 
     def until(self, condition, what):
@@ -114,7 +115,7 @@ class Companion(InstalledCase):
 
         self.host.call("app", "openWebViewWithUrl", "https://example.com/둘째", "X-A: 1", "agent",
                        {"windowSize": "medium", "parentID": "main"})
-        self.until(lambda: self.until_told("loaded") and self.feedback[-1]["url"].endswith("둘째"), "the second page")
+        self.until_told("loaded", "둘째")
         self.assertEqual(self.companion_process(), process)
         window = self.until(lambda: windows_of(process), "the companion's window")[0]
         self.until(lambda: geometry(window)[2:] == (640, 660 + TITLE_BAR), "its size")

@@ -159,6 +159,13 @@ TEST_F(MonitorsTest, WithoutTheHelperEventsPass) {
   EXPECT_EQ(bound.view().keys, "a");
 }
 
+TEST_F(MonitorsTest, AKeyPressOfTheRightArrowIsMadeFromNothing) {
+  const auto bound = show("main");
+  bound.helper()->generateRightArrowKey();
+  EXPECT_THAT(host->keys, ElementsAre("key 124 [ ] 0", "key 124 [ ] 1"));
+  EXPECT_EQ(bound.view().keys, "\uF703");
+}
+
 TEST_F(MonitorsTest, ColoursComeFromHexadecimal) {
   const auto helper = show("main").helper();
   const platform::Color color = helper->nsColorFromHex(0x336699, 0.5);
