@@ -31,7 +31,9 @@ class RolesCase(HostCase):
         host.desktop("makeWindow", name, frame)
         host.desktop("orderFront", name)
         host.until(lambda: host.desktop("read", name, "visible"), f"{name} is shown")
-        return host.desktop("read", name, "nativeHandle")
+        handle = host.desktop("read", name, "nativeHandle")
+        host.until(lambda: self.server.is_mapped(handle), f"the window manager shows {name}")
+        return handle
 
     def open_family(self):
         self.main = self.open("main", MAIN)
@@ -90,7 +92,6 @@ class Children(RolesCase):
         super().setUp()
         self.open_family()
         self.expected = self.model_offsets()
-        self.host.until(lambda: all(map(self.server.is_mapped, (self.main, *self.family.values()))), "the window manager shows them")
         self.host.until(lambda: self.offsets() == self.expected, "the server shows what the model says")
 
     def test_a_hundred_moves_leave_every_child_in_place(self):
