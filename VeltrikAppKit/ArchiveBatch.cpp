@@ -65,7 +65,9 @@ platform::Data readTail(const ArchiveState& state) {
   platform::Data tail;
   tail.reserve(size + kUsualGrowth);
   tail.resize(size);
-  tail.resize(state.stream->readAt(start, tail));
+  if (state.stream->readAt(start, tail) < size) {
+    throw DataError(DataError::Case::unreadableFile, "the archive became shorter while it was read");
+  }
   return tail;
 }
 

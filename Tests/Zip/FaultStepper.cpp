@@ -180,7 +180,7 @@ bool canStep() {
 }
 
 std::vector<long> readingCalls() {
-  return {SYS_read, SYS_copy_file_range};
+  return {SYS_read, SYS_pread64, SYS_copy_file_range};
 }
 
 std::vector<long> openingCalls() {
