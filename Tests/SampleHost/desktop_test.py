@@ -31,27 +31,21 @@ class Composer(DesktopCase):
         self.open_chat(FRAME)
         self.before = self.messages()
 
-    def marked(self):
-        found = []
-
-        def walk(view):
-            if view.get("markedRange"):
-                found.append(view["markedRange"])
-            for subview in view["subviews"]:
-                walk(subview)
-
-        walk(self.read("views"))
-        return found[0]
+    def marked(self, view=None):
+        """The marked ranges in a view and below it."""
+        view = view or self.read("views")
+        below = [found for subview in view["subviews"] for found in self.marked(subview)]
+        return [view["markedRange"]] + below if view.get("markedRange") else below
 
     def test_hangul_composes_in_place(self):
         caret = self.read("caret")
         keys("g", "k", "s")
         self.until_text("한")
-        self.assertEqual(self.marked(), {"location": 0, "length": 1})
+        self.assertEqual(self.marked(), [{"location": 0, "length": 1}])
         self.assertGreater(self.read("caret")["x"], caret["x"])
         keys("r", "m", "f")
         self.until_text("한글")
-        self.assertEqual(self.marked(), {"location": 1, "length": 1})
+        self.assertEqual(self.marked(), [{"location": 1, "length": 1}])
 
     def test_return_while_composing_sends_the_whole_once(self):
         for round_number in range(5):

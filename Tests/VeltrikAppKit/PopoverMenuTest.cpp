@@ -78,26 +78,6 @@ TEST_F(PopoverMenuTest, ASecondMenuLeavesNoContainerOfTheFirst) {
   EXPECT_THAT(bound.view().subviews(), IsEmpty());
 }
 
-TEST_F(PopoverMenuTest, WindowAndHelperMayGoWhileItIsOpen) {
-  struct Row {
-    const char* name;
-    bool closesWindow, dropsHelper;
-  };
-  for (const Row& row : {Row{"window", true, false}, Row{"helper", false, true}, Row{"both", true, true}}) {
-    SCOPED_TRACE(row.name);
-    const auto bound = show(row.name);
-    auto helper = bound.helper();
-    rightClick(bound, {noting("one")}, {300, 350}, [&] {
-      if (row.closesWindow) helper->closeWindow();
-      if (row.dropsHelper) bound.host->helper = nullptr;
-      helper = nullptr;
-      desktop.menus()->choose("one");
-    });
-    EXPECT_EQ(desktop.menus()->open(), nullptr);
-    if (!row.closesWindow) bound.native->close();
-  }
-}
-
 TEST_F(PopoverMenuTest, WhatIsThrownWhileItIsOpenEndsItAndLeavesNothingBehind) {
   const auto bound = show("main");
   platform::DispatchQueue::main().async([] { throw std::runtime_error("host"); });

@@ -279,6 +279,18 @@ TEST_F(RolesTest, ASheetHangsBelowTheTopOfItsParent) {
   }
 }
 
+TEST_F(RolesTest, ASheetSlidesIn) {
+  const auto main = show("main"), sheet = show("sheet");
+  sheet.helper()->convertAsSheetWindowWithParentWindowHelper(main.helper());
+  desktop.settle();
+  EXPECT_EQ(surfaceOf(*sheet.native).state().revealed, 0);
+  EXPECT_EQ(surfaceOf(*sheet.native).state().frame, sheet.native->frame());
+  desktop.advance(0.1);
+  EXPECT_NEAR(surfaceOf(*sheet.native).state().revealed, 0.5, 0.1);
+  desktop.advance(0.1);
+  EXPECT_EQ(surfaceOf(*sheet.native).state().revealed, 1);
+}
+
 TEST_F(RolesTest, WithoutASheetNothingEnds) {
   const auto main = show("main"), other = show("other");
   other.helper()->closeSheetWindow();
