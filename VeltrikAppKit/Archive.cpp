@@ -68,6 +68,41 @@ std::string ArchiveState::pathOf(const Entry& entry) const {
   return preferredEncoding ? entry.path(*preferredEncoding) : entry.path();
 }
 
+ArchiveState::Lookup::Lookup(const ArchiveState& state)
+    : state_(state),
+      next_(*state.stream),
+      earlier_(*state.stream),
+      index_(state.endRecord.totalNumberOfEntriesInCentralDirectory),
+      position_(state.endRecord.offsetToStartOfCentralDirectory),
+      entriesLeft_(state.endRecord.totalNumberOfEntriesInCentralDirectory) {}
+
+std::optional<Entry> ArchiveState::Lookup::find(std::string_view path) {
+  std::optional<Entry> result;
+  index_.find(path, [&](std::uint64_t position) {
+    if (const Entry* entry = readEarlier(position, path)) result = *entry;
+    return result.has_value();
+  });
+  while (!result && entriesLeft_ > 0) {
+    const Entry* entry = next_.read(position_);
+    if (entry == nullptr) {
+      entriesLeft_ = 0;
+      break;
+    }
+    const std::string entryPath = state_.pathOf(*entry);
+    index_.insert(entryPath, position_,
+                  [&](std::uint64_t position) { return readEarlier(position, entryPath) != nullptr; });
+    if (entryPath == path) result = *entry;
+    position_ = next_.next();
+    --entriesLeft_;
+  }
+  return result;
+}
+
+const Entry* ArchiveState::Lookup::readEarlier(std::uint64_t position, std::string_view path) {
+  const Entry* entry = earlier_.read(position);
+  return entry != nullptr && state_.pathOf(*entry) == path ? entry : nullptr;
+}
+
 void ArchiveState::streamChanged(std::unique_ptr<ArchiveStream> replacement) {
   if (replacement) stream = std::move(replacement);
   reader.window.reset(*stream);
@@ -165,29 +200,8 @@ Archive::Iterator Archive::begin() const {
 }
 
 std::optional<Entry> Archive::operator[](std::string_view path) const {
-  ArchiveState& state = *state_;
-  if (!state.lookup) {
-    ArchiveState::Lookup lookup{EntryReader(*state.stream),
-                                PathIndex(state.endRecord.totalNumberOfEntriesInCentralDirectory)};
-    // A reader of its own for what was passed already, so that neither loses its place.
-    EntryReader earlier(*state.stream);
-    forEachEntry(lookup.reader, state.endRecord, [&](const Entry& entry, std::uint64_t position) {
-      const std::string entryPath = state.pathOf(entry);
-      lookup.index.insert(entryPath, position, [&](std::uint64_t place) {
-        const Entry* found = earlier.read(place);
-        return found != nullptr && state.pathOf(*found) == entryPath;
-      });
-      return true;
-    });
-    state.lookup = std::move(lookup);
-  }
-  std::optional<Entry> result;
-  state.lookup->index.find(path, [&](std::uint64_t position) {
-    const Entry* found = state.lookup->reader.read(position);
-    if (found != nullptr && state.pathOf(*found) == path) result = *found;
-    return result.has_value();
-  });
-  return result;
+  if (!state_->lookup) state_->lookup.emplace(*state_);
+  return state_->lookup->find(path);
 }
 
 std::int64_t Archive::totalUnitCountForReading(const Entry& entry) const {

@@ -110,8 +110,8 @@ class Archive {
   Iterator begin() const;
   std::default_sentinel_t end() const { return {}; }
 
-  /// The first entry with exactly this path, if any. The first look-up reads the central directory through, later ones
-  /// do not.
+  /// The first entry with exactly this path, if any. Reads the central directory on until it is found; what was read is
+  /// remembered for later look-ups, which take the same time in an archive of any size.
   std::optional<Entry> operator[](std::string_view path) const;
 
   /// Hands the entry's plain data to `consumer` in order and returns their CRC-32, which is *not* compared with

@@ -43,9 +43,22 @@ struct ArchiveState {
 
   /// The archive's bytes from its central directory on, kept between additions.
   std::optional<platform::Data> tail;
-  struct Lookup {
-    EntryReader reader;
-    PathIndex index;
+  /// Finds entries by path. Reads on only until the one that is asked for, and remembers what it passed.
+  class Lookup {
+   public:
+    explicit Lookup(const ArchiveState& state);
+    std::optional<Entry> find(std::string_view path);
+
+   private:
+    /// The entry at this place if it has this path, else null.
+    const Entry* readEarlier(std::uint64_t position, std::string_view path);
+
+    const ArchiveState& state_;
+    EntryReader next_;
+    EntryReader earlier_;  ///< another one, so that neither loses its place
+    PathIndex index_;      ///< of what stands in front of `position_`
+    std::uint64_t position_;
+    unsigned entriesLeft_;
   };
   std::optional<Lookup> lookup;
 };

@@ -83,20 +83,29 @@ constexpr std::u16string_view kCodePage437 =
     u"αßΓπΣσµτΦΘΩδ∞φε∩≡±≥≤⌠⌡÷≈°∙·√ⁿ²■\u00A0";
 static_assert(kCodePage437.size() == 128);
 
-/// How many ASCII characters the text starts with; eight at a time, since most texts are nothing else.
+constexpr std::uint64_t kHighBits = 0x8080808080808080;
+
+/// The next eight bytes, since most texts are ASCII and can be looked through by so many at a time.
+std::uint64_t eightAt(std::string_view text, std::size_t at) {
+  std::uint64_t eight = 0;
+  std::memcpy(&eight, text.data() + at, sizeof eight);
+  return eight;
+}
+
+/// How many ASCII characters the text starts with.
 std::size_t leadingASCII(std::string_view text) {
-  constexpr std::uint64_t kHighBits = 0x8080808080808080;
   std::size_t at = 0;
-  for (std::uint64_t eight = 0; text.size() - at >= sizeof eight; at += sizeof eight) {
-    std::memcpy(&eight, text.data() + at, sizeof eight);
-    if ((eight & kHighBits) != 0) break;
-  }
+  while (text.size() - at >= sizeof kHighBits && (eightAt(text, at) & kHighBits) == 0) at += sizeof kHighBits;
   while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80) ++at;
   return at;
 }
 
 bool isASCII(std::string_view text) {
-  return leadingASCII(text) == text.size();
+  if (text.size() < sizeof kHighBits) return leadingASCII(text) == text.size();
+  // The last eight overlap those before them, which spares a look at single ones.
+  std::uint64_t seen = eightAt(text, text.size() - sizeof kHighBits);
+  for (std::size_t at = 0; text.size() - at > sizeof kHighBits; at += sizeof kHighBits) seen |= eightAt(text, at);
+  return (seen & kHighBits) == 0;
 }
 
 void appendUTF8(std::string& text, char16_t unit) {

@@ -22,7 +22,7 @@ using veltrik::Entry;
 
 constexpr std::size_t kTypeWidth = 9;
 /// Entries that are read and written at a time.
-constexpr std::size_t kBatch = 32;
+constexpr std::size_t kBatch = 64;
 
 std::string_view nameOf(Entry::EntryType type) {
   switch (type) {

@@ -39,6 +39,18 @@ TEST(StringEncoding, DecodesPublishedSamples) {
   }
 }
 
+TEST(StringEncoding, OneByteThatIsNoASCIIIsSeenWhereverItStands) {
+  for (std::size_t size = 0; size < 20; ++size) {
+    std::string text(size, 'a');
+    EXPECT_EQ(decode(bytesOf(text), StringEncoding::ascii), text);
+    for (std::size_t at = 0; at < size; ++at) {
+      text[at] = '\x80';
+      EXPECT_FALSE(decode(bytesOf(text), StringEncoding::ascii)) << at << " of " << size;
+      text[at] = 'a';
+    }
+  }
+}
+
 TEST(StringEncoding, KnowsNoNameThatIsNone) {
   for (const char* name : {"", "utf-9", "cp", "437"}) EXPECT_FALSE(stringEncodingNamed(name)) << name;
 }
