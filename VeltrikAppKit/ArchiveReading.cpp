@@ -37,14 +37,19 @@ EntryReader::EntryReader(const ArchiveStream& stream)
 
 bool EntryReader::pass(std::uint64_t directoryPosition) {
   auto& structure = entry_.centralDirectoryStructure_;
-  if (!readRecord(directory_, directoryPosition, structure)) return false;
+  try {
+    if (!structure.readFixed(directory_.bytes(directoryPosition, structure.fixedSize))) return false;
+  } catch (const DataError&) {
+    return false;
+  }
   next_ = directoryPosition + structure.size();
   return true;
 }
 
 const Entry* EntryReader::read(std::uint64_t directoryPosition) {
-  if (!pass(directoryPosition)) return nullptr;
-  const auto& structure = entry_.centralDirectoryStructure_;
+  auto& structure = entry_.centralDirectoryStructure_;
+  if (!readRecord(directory_, directoryPosition, structure)) return nullptr;
+  next_ = directoryPosition + structure.size();
   if (!readRecord(records_, structure.relativeOffsetOfLocalHeader, entry_.localFileHeader_)) return nullptr;
   entry_.dataDescriptor_.reset();
   Entry::DataDescriptor descriptor;

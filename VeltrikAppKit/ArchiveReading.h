@@ -59,7 +59,7 @@ class EntryReader {
   /// The entry whose structure stands at this place; null when a record is damaged or the entry is of a kind that is
   /// refused. Valid until the next call: one entry after the other takes the same memory.
   const Entry* read(std::uint64_t directoryPosition);
-  /// Reads no more than the structure that stands at this place; false when it is damaged.
+  /// Reads no more than where the structure at this place ends; false when it is damaged.
   bool pass(std::uint64_t directoryPosition);
   /// Where the structure behind the last one stands.
   std::uint64_t next() const { return next_; }

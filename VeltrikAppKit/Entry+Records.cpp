@@ -102,12 +102,16 @@ std::optional<Entry::CentralDirectoryStructure> Entry::CentralDirectoryStructure
 }
 
 bool Entry::CentralDirectoryStructure::read(DataView fixed, const RecordProvider& provider) {
+  return readFixed(fixed) && fetch(provider, size() - fixedSize, variableData);
+}
+
+bool Entry::CentralDirectoryStructure::readFixed(DataView fixed) {
   if (!begins<CentralDirectoryStructure>(fixed)) return false;
   readFields(fixed.data() + kSignatureSize, versionMadeBy, versionNeededToExtract, generalPurposeBitFlag,
              compressionMethod, lastModFileTime, lastModFileDate, crc32, compressedSize, uncompressedSize,
              fileNameLength, extraFieldLength, fileCommentLength, diskNumberStart, internalFileAttributes,
              externalFileAttributes, relativeOffsetOfLocalHeader);
-  return fetch(provider, size() - fixedSize, variableData);
+  return true;
 }
 
 platform::Data Entry::CentralDirectoryStructure::data() const {

@@ -102,6 +102,8 @@ class Entry {
 
     static std::optional<CentralDirectoryStructure> parse(platform::DataView fixed, const RecordProvider& provider);
     bool read(platform::DataView fixed, const RecordProvider& provider);
+    /// The same without the variable data.
+    bool readFixed(platform::DataView fixed);
     /// The structure of an entry whose local header was just written at `offset`.
     static CentralDirectoryStructure of(const LocalFileHeader& header, std::uint32_t externalAttributes,
                                         std::uint32_t offset);
